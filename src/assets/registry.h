@@ -1,0 +1,81 @@
+// The pools that hold every asset and world record, addressed by signed indices (-1: none or
+// failed), the one name table that maps (kind, name) to an index, and asset paths.
+#pragma once
+
+#include <stdint.h>
+
+struct registry {
+    void* records;     // capacity records of record_size bytes
+    int32_t* in_use;   // one flag per slot (1 in use, 0 free); grown to the same byte size as records
+    int32_t count;     // slots ever handed out (the high-water mark)
+    uint32_t capacity; // slots allocated, raised by 10 at a time
+    uint32_t record_size;
+    uint32_t allocated; // slots the blocks really hold (differs from capacity only after a failed growth)
+};
+
+#define REGISTRY_OF(record_type) registry{nullptr, nullptr, 0, 0, sizeof(record_type), 0}
+
+enum { REGISTRY_GROWTH = 10 };
+
+// A zeroed slot marked in use: the lowest free one, else a new one at the end. When the pool
+// cannot grow this returns 0 (indistinguishable from slot 0; the capacity stays raised).
+int32_t registry_alloc(registry* pool);
+// Clears the slot's in-use flag only; 0 when index is negative or not below count.
+int registry_free(registry* pool, int32_t index);
+// The record at `index`, which must be below count.
+void* registry_record(const registry* pool, int32_t index);
+// 1 when index names a slot that is handed out and in use.
+int registry_in_use(const registry* pool, int32_t index);
+
+template <typename T> inline T* registry_at(const registry* pool, int32_t index)
+{
+    return static_cast<T*>(registry_record(pool, index));
+}
+
+enum asset_kind : uint8_t {
+    ASSET_TEXTURE = 1,
+    ASSET_MODEL = 2,
+    ASSET_ANIMATION = 3,
+    ASSET_SOUND = 5, // registered, never looked up: every sound load decodes again
+    ASSET_DIALOGUE = 7,
+    ASSET_ITEM = 9,  // by the item's key
+};
+
+enum {
+    ASSET_NAME_CAPACITY = 40, // names of at most 39 characters
+    ASSET_NAME_GROWTH = 10,
+    ASSET_PATH_CAPACITY = 260,
+};
+
+struct asset_name {
+    uint8_t kind;
+    char name[ASSET_NAME_CAPACITY];
+    int32_t index;
+};
+
+struct asset_name_table {
+    asset_name* entries; // only ever appended to
+    int32_t count;
+    int32_t capacity;
+};
+
+extern asset_name_table asset_names;
+
+// The index registered for (kind, name), comparing at most 40 characters case-sensitively; -1 when unknown.
+int32_t asset_name_find(uint8_t kind, const char* name);
+// 0 when the table cannot grow or the name does not fit in 39 characters.
+int asset_name_add(uint8_t kind, const char* name, int32_t index);
+
+// For loaders that load into a temporary record first: takes a slot, copies the record in and
+// registers the name; -1 (with the slot freed again) when the name cannot be registered.
+int32_t registry_adopt(registry* pool, uint8_t kind, const char* name, const void* record);
+
+extern const char* const DATA_ROOT;         // "gloamhold_data"
+extern const char* const FOLDER_TEXTURES;   // "textures"
+extern const char* const FOLDER_MODELS;     // "models"
+extern const char* const FOLDER_ANIMATIONS; // "animations"
+extern const char* const FOLDER_SOUNDS;     // "sounds"
+extern const char* const FOLDER_DIALOGUES;  // "dialogues"
+
+// "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
+int asset_path(char* buffer, const char* folder, const char* name);

@@ -1,0 +1,9 @@
+#include "core/heap.h"
+
+#include "platform/platform.h"
+
+void* heap_resize(void* block, size_t bytes)
+{
+    // The process heap will not re-allocate a null block, so the first growth is an allocation.
+    return block ? platform_heap_realloc(block, bytes) : platform_heap_alloc(bytes);
+}

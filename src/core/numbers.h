@@ -1,0 +1,17 @@
+// Number parsing shared by every data format and the settings file, and the triangle wave.
+#pragma once
+
+#include <stdint.h>
+
+// A number is an optional "-" as the very first character, then digits; it ends at NUL, a blank,
+// a tab, a line feed, a carriage return, or after `limit` characters (-1: no limit). Any other
+// character fails the parse and leaves *out unwritten. An empty number is 0.
+// Integers accumulate in 32 bits and wrap on overflow.
+int parse_int(const char* text, int32_t limit, int32_t* out);
+
+// As parse_int, with digits after a "." as the fraction; a further "." is ignored ("1.5.5" is 1.55).
+// There is no exponent: "e" and "+" fail. The arithmetic is 32-bit floating point.
+int parse_float(const char* text, int32_t limit, float* out);
+
+// Triangle wave between a and b: rises from a to b as x goes from 0 to b - a, then falls back.
+float ping_pong(float a, float b, float x);

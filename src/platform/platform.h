@@ -1,0 +1,37 @@
+// The only boundary between the portable game and the operating system. Each host (Win32, SDL,
+// headless) implements every function here in its own files; nothing above this header includes
+// an OS header. Results follow the game's rule: 1 success, 0 failure.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+// ---- Files ----------------------------------------------------------------------------------
+
+typedef struct platform_file_handle* platform_file; // opaque; null means no file
+
+// Settings and asset loaders: opens an existing file for reading, shared with other readers;
+// null when it cannot be opened.
+platform_file platform_file_open(const char* path);
+
+// The buffered reader: reads up to `bytes` bytes; 1 with *bytes_read set (0 at the end of the
+// file), 0 when the read fails.
+int platform_file_read(platform_file file, void* destination, uint32_t bytes, uint32_t* bytes_read);
+
+// Loaders that take a file whole: 1 with its size in bytes, 0 when the size cannot be told.
+int platform_file_size(platform_file file, uint32_t* size);
+
+// Whoever opened the file: closes it.
+void platform_file_close(platform_file file);
+
+// ---- Heap -----------------------------------------------------------------------------------
+
+// Every pool and buffer of the game: a block of `bytes` bytes (contents undefined); null when out of memory.
+void* platform_heap_alloc(size_t bytes);
+
+// Growable arrays: resizes a block that platform_heap_alloc returned (never null), keeping its
+// contents; null when out of memory, and the old block then stays valid.
+void* platform_heap_realloc(void* block, size_t bytes);
+
+// Releases a block (null is allowed); 1 when released, 0 when the heap refused.
+int platform_heap_free(void* block);
