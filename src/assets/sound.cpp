@@ -1,0 +1,3 @@
+#include "assets/sound.h"
+
+registry sounds = REGISTRY_OF(sound);
