@@ -261,17 +261,11 @@ int xml_load_file(xml_document* document, const char* filename)
 {
     document->node_count = 0;
     document->nodes = nullptr;
-    platform_file file = platform_file_open(filename);
-    if (!file)
-        return 0;
     xml_parser parser;
-    if (!reader_open(&parser.reader, file, XML_READ_BUFFER)) {
-        platform_file_close(file);
+    if (!reader_open_file(&parser.reader, filename, XML_READ_BUFFER))
         return 0;
-    }
     int ok = read_document(&parser, document);
-    reader_close(&parser.reader);
-    platform_file_close(file);
+    reader_close_file(&parser.reader);
     if (!ok)
         xml_free_document(document); // nobody reads a half-built tree; give its blocks back
     return ok;

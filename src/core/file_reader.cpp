@@ -71,6 +71,25 @@ void reader_close(file_reader* reader)
     reader->buffer = nullptr;
 }
 
+int reader_open_file(file_reader* reader, const char* path, int32_t capacity)
+{
+    platform_file file = platform_file_open(path);
+    if (!file)
+        return 0;
+    if (!reader_open(reader, file, capacity)) {
+        platform_file_close(file);
+        return 0;
+    }
+    return 1;
+}
+
+void reader_close_file(file_reader* reader)
+{
+    reader_close(reader);
+    platform_file_close(reader->handle);
+    reader->handle = nullptr;
+}
+
 int read_content_line(file_reader* reader, char* line, int32_t capacity)
 {
     for (;;) {

@@ -28,6 +28,12 @@ int32_t reader_read_line(file_reader* reader, char* line, int32_t capacity);
 // Frees the buffer; the caller closes the handle.
 void reader_close(file_reader* reader);
 
+// The usual way in: opens the file for reading and a reader with a buffer of `capacity` bytes
+// over it; 0, with nothing left open, when either fails.
+int reader_open_file(file_reader* reader, const char* path, int32_t capacity);
+// Frees the buffer and closes the file that reader_open_file opened.
+void reader_close_file(file_reader* reader);
+
 // The next line that is neither empty nor a "#" comment (only "#" in the first column counts);
 // 0 at the end.
 int read_content_line(file_reader* reader, char* line, int32_t capacity);

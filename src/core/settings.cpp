@@ -46,14 +46,9 @@ int ini_load(ini_table* table, const char* file_name)
 {
     table->count = 0;
     table->entries = nullptr;
-    platform_file file = platform_file_open(file_name);
-    if (!file)
-        return 0;
     file_reader reader;
-    if (!reader_open(&reader, file, INI_READ_BUFFER)) {
-        platform_file_close(file);
+    if (!reader_open_file(&reader, file_name, INI_READ_BUFFER))
         return 0;
-    }
     // The line buffer lives across lines: a line without "=" may find one that a longer earlier
     // line left behind its NUL. That is how the file has always been read, and it stays so.
     char line[INI_LINE_CAPACITY] = {};
@@ -68,8 +63,7 @@ int ini_load(ini_table* table, const char* file_name)
             break;
         }
     }
-    reader_close(&reader);
-    platform_file_close(file);
+    reader_close_file(&reader);
     if (ok && table->count > 0 && table->count < capacity) {
         void* block = platform_heap_realloc(table->entries, static_cast<size_t>(table->count) * sizeof(ini_entry));
         if (block)

@@ -20,12 +20,17 @@ void load_from(const std::string& bytes)
     EXPECT_EQ(load_settings(path.c_str()), 1);
 }
 
+void expect_resolution(int32_t width, int32_t height)
+{
+    EXPECT_EQ(SCREEN_RESOLUTION.width, width);
+    EXPECT_EQ(SCREEN_RESOLUTION.height, height);
+}
+
 void expect_all_defaults()
 {
     EXPECT_EQ(FPS, 60);
     EXPECT_EQ(UPS, 40);
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 640);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 480);
+    expect_resolution(640, 480);
     EXPECT_EQ(SCREEN_SCALE, 1.0f);
     EXPECT_EQ(MOUSE_SENSITIVITY_X, 1.0f);
     EXPECT_EQ(MOUSE_SENSITIVITY_Y, 1.0f);
@@ -66,8 +71,7 @@ TEST(load_settings, every_key_is_read)
               "TEXTURE_INTERPOLATION=1\r\nTEXTURE_DITHERING=1\r\nLIGHT_DITHERING=1\r\nENABLE_HEAD_BOBBING=1\r\n");
     EXPECT_EQ(FPS, 75);
     EXPECT_EQ(UPS, 50);
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 800);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 600);
+    expect_resolution(800, 600);
     EXPECT_EQ(SCREEN_SCALE, 1.5f);
     EXPECT_EQ(MOUSE_SENSITIVITY_X, 0.5f);
     EXPECT_EQ(MOUSE_SENSITIVITY_Y, 2.0f);
@@ -82,22 +86,19 @@ TEST(load_settings, every_key_is_read)
 TEST(load_settings, resolution_with_lower_case_x)
 {
     load_from("SCREEN_RESOLUTION=800x600\n");
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 800);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 600);
+    expect_resolution(800, 600);
 }
 
 TEST(load_settings, resolution_with_upper_case_x_gives_the_default)
 {
     load_from("SCREEN_RESOLUTION=800X600\n");
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 640);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 480);
+    expect_resolution(640, 480);
 }
 
 TEST(load_settings, resolution_with_one_bad_half_defaults_both)
 {
     load_from("SCREEN_RESOLUTION=1024xabc\n");
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 640);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 480);
+    expect_resolution(640, 480);
 }
 
 TEST(load_settings, resolution_part_of_ten_characters_gives_the_default)
@@ -105,8 +106,7 @@ TEST(load_settings, resolution_part_of_ten_characters_gives_the_default)
     load_from("SCREEN_RESOLUTION=0000000800x600\n");
     EXPECT_EQ(SCREEN_RESOLUTION.width, 640);
     load_from("SCREEN_RESOLUTION=000000800x000000600\n");
-    EXPECT_EQ(SCREEN_RESOLUTION.width, 800);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 600);
+    expect_resolution(800, 600);
 }
 
 TEST(load_settings, trailing_blank_ends_a_number)
@@ -164,8 +164,7 @@ TEST(load_settings, values_are_not_range_checked)
     load_from("UPS=0\r\nSCREEN_SCALE=-2\r\nSCREEN_RESOLUTION=-5x0\r\n");
     EXPECT_EQ(UPS, 0);
     EXPECT_EQ(SCREEN_SCALE, -2.0f);
-    EXPECT_EQ(SCREEN_RESOLUTION.width, -5);
-    EXPECT_EQ(SCREEN_RESOLUTION.height, 0);
+    expect_resolution(-5, 0);
 }
 
 TEST(load_settings, line_without_equals_finds_one_left_by_a_longer_line)
