@@ -1,0 +1,2 @@
+def check_all(out):
+    return []
