@@ -10,8 +10,8 @@ from PIL import Image, ImageDraw, ImageFont
 FONT_DIR = "/usr/share/fonts/truetype/dejavu/"
 FONTS = [
     # file, face, pixel size, extra line spacing
-    ("font_system.fnt", "DejaVuSansMono.ttf", 11, 1),
-    ("font_dialogue.fnt", "DejaVuSerif.ttf", 13, 2),
+    ("font_system.fnt", "DejaVuSansMono.ttf", 11, 2),
+    ("font_dialogue.fnt", "DejaVuSerif.ttf", 13, 1),
 ]
 FIRST, LAST = 9, 255
 
@@ -27,8 +27,6 @@ def glyph_char(code):
 
 def build(face, size, spacing):
     font = ImageFont.truetype(FONT_DIR + face, size)
-    ascent, descent = font.getmetrics()
-    line_height = ascent + descent + spacing
     space = int(round(font.getlength(" ")))
     entries = []
     bitmaps = bytearray()
@@ -60,6 +58,12 @@ def build(face, size, spacing):
                     row[x // 8] |= 0x80 >> (x % 8)
             bitmaps += row
         entries.append((advance, x0 - size, y0 - size, w, h, offset))
+    # the line is as tall as the inked glyphs need (accents included), not the face's whole ascent
+    inked = [e for e in entries if e[4] > 0]
+    top = min(e[2] for e in inked)
+    bottom = max(e[2] + e[4] for e in inked)
+    line_height = bottom - top + spacing
+    entries = [(a, ox, oy - top if h else 0, w, h, off) for a, ox, oy, w, h, off in entries]
     out = bytearray(b"FNT\x00")
     out += struct.pack("<BBB", line_height, FIRST, LAST)
     for advance, ox, oy, w, h, offset in entries:

@@ -6,7 +6,7 @@ boxes that make its region), its surfaces, the openings it owns (the passage thr
 to the room on one side; the portal lies where the passage meets the other room) and its contents.
 """
 from . import props
-from .geometry import Model, planar_uv, yaw_toward, turn
+from .geometry import Model, planar_uv, yaw_toward, to_file, cross, sub, dot
 
 STONE, GROUND, WOOD, METAL, CARPET, CERAMIC = "stone", "ground", "wood", "metal", "carpet", "ceramic"
 
@@ -105,6 +105,9 @@ class Room:
         else:
             corners = [(coord, h0, a0), (coord, h0, a1), (coord, h1, a1), (coord, h1, a0)]
             f = (facing, 0, 0)
+        a, b, c = (to_file(q) for q in corners[:3])
+        if dot(cross(sub(b, a), sub(c, a)), to_file(f)) < 0:
+            corners.reverse()       # the portal's normal must point into the room that lists it
         self.portals.append((other, corners, f))
 
     # -- contents -------------------------------------------------------------------------------
@@ -176,18 +179,25 @@ def build():
             yard.box((-10.5, 6.0, z0 + 0.85), (-10.0, 6.6, z0 + 1.75), "stone_wall.png", STONE, skip=("-h",))
     yard.model.collide_quad(STONE, [(-10.0, 6.0, -10.5), (-10.0, 6.0, 10.0), (-10.0, 10.0, 10.0),
                                     (-10.0, 10.0, -10.5)], (1, 0, 0))
+    # battlements of the south and east walls stand near the yard's side, so that they show from below
     for i in range(11):
         x0 = -8.0 + i * 1.6
-        yard.box((x0, 6.0, -10.5), (x0 + 0.8, 7.2, -10.0), "stone_wall.png", STONE, skip=("-h",))
-    for i in range(12):
-        z0 = -10.0 + i * 1.75
-        yard.box((10.0, 6.0, z0), (10.5, 7.2, z0 + 0.85), "stone_wall.png", STONE, skip=("-h",))
+        yard.box((x0, 6.0, -9.0), (x0 + 0.8, 7.2, -8.5), "stone_wall.png", STONE, skip=("-h",))
+    for i in range(11):
+        z0 = -8.5 + i * 1.75
+        yard.box((8.5, 6.0, z0), (9.0, 7.2, z0 + 0.85), "stone_wall.png", STONE, skip=("-h",))
     # the crag below the walk, seen over the parapet
     yard.wall("x", -10.5, -1, (-10.5, 10.0), (-40.0, 6.0), [], "rock.png", 4.0, None, cell=4.0)
     # the keep's front: the door, the solar's window, a string course and the battlements
     door = (-0.7, 0.7, 0.0, 2.6)
     window = (-1.0, 1.0, 5.6, 7.6)
-    yard.wall("z", 10.0, -1, (-8.0, 8.0), (0.0, 9.6), [door, window], "stone_wall.png", 3.0)
+    slits = [(x - 0.15, x + 0.15, 5.9, 7.3) for x in (-6.5, -3.5, 3.5, 6.5)] + \
+            [(x - 0.15, x + 0.15, 1.4, 2.7) for x in (-4.0, 4.0)]
+    yard.wall("z", 10.0, -1, (-8.0, 8.0), (0.0, 9.6), [door, window] + slits, "stone_wall.png", 3.0)
+    for x0, x1, h0, h1 in slits:
+        yard.passage("z", 10.0, 10.3, x0, x1, h0, h1, "stone_wall.png", "stone_floor.png", STONE)
+        yard.model.face("soot.png", [(x1, h0, 10.3), (x0, h0, 10.3), (x0, h1, 10.3), (x1, h1, 10.3)], (0, 0, -1),
+                        planar_uv((0, 0, -1), 1.0), 1.0, None, True, margin=0.03)
     yard.wall("z", 10.0, -1, (-10.5, -8.0), (6.0, 9.6), [], "stone_wall.png", 3.0)
     yard.wall("z", 10.0, -1, (8.0, 10.5), (6.0, 9.6), [], "stone_wall.png", 3.0)
     yard.box((-10.5, 4.1, 9.8), (10.5, 4.3, 10.0), "stone_floor.png", None, skip=("+z",), occlude=False)
@@ -232,8 +242,8 @@ def build():
         yard.place("ivy_%d.mdl" % int(w * 10), (7.97, 0.0, z), 90)
     yard.place("torch.mdl", (1.2, 2.3, 10.0), 180)
     yard.place("torch.mdl", (-1.2, 2.3, 10.0), 180)
-    yard.light((-30.0, 45.0, -20.0), 90.0, 0.55, shadow=True)          # the moon
-    yard.light((0.0, 1.0, 0.0), 16.0, 0.22)                             # night sky glow
+    yard.light((31.2, 37.8, 34.7), 100.0, 0.95, shadow=True)           # the moon, where the sky shows it
+    yard.light((0.0, 3.0, 1.0), 24.0, 0.3)                              # the glow of the night sky
     yard.light((1.2, 2.9, 9.5), 6.0, 0.9, style=1, shadow=True)         # torches by the door
     yard.light((-1.2, 2.9, 9.5), 6.0, 0.9, style=6, shadow=True)
     yard.light((-5.6, 1.4, -3.2), 6.5, 0.9, style=10)                   # the brazier

@@ -2,8 +2,10 @@
 so the faces meet without seams: stars, a moon high in the north-east, thin moonlit clouds, and
 below the horizon a misty valley under far hills.
 
-Face k is chosen by the sky pass from the direction (dx, dy, dz), y down: 0 +x, 1 -x, 2 +y (down),
-3 -y (up), 4 +z, 5 -z, with u across and v down as below."""
+Face k is chosen by the sky pass from its direction (dx, dy, dz), y down: 0 +x, 1 -x, 2 +y (down),
+3 -y (up), 4 +z, 5 -z, with u across and v down as below.  The sky pass turns the view by the camera
+with z the other way round from the world's (looking along world +z it looks up sky -z), so a
+texel of sky direction (dx, dy, dz) shows what lies toward world (dx, dy, -dz)."""
 import math
 
 import numpy as np
@@ -11,7 +13,7 @@ import numpy as np
 from .texture_kit import rng
 
 N = 256
-MOON_AZIMUTH, MOON_ELEVATION = 35.0, 48.0     # degrees; azimuth from north (+z) toward east (+x)
+MOON_AZIMUTH, MOON_ELEVATION = 42.0, 39.0     # degrees; azimuth from north (+z) toward east (+x)
 
 
 def face_directions(k, n=N):
@@ -163,5 +165,6 @@ def faces():
                 px, py = x0 + dx, y0 + dy
                 if 0 <= px < N and 0 <= py < N:
                     stars[py, px] += c * w * 1.6
-        out.append(("sky_night%02d.png" % (k + 1), np.clip(paint(face_directions(k), stars), 0, 1)))
+        world = face_directions(k) * np.array([1.0, 1.0, -1.0])
+        out.append(("sky_night%02d.png" % (k + 1), np.clip(paint(world, stars), 0, 1)))
     return out

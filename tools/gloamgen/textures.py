@@ -242,14 +242,14 @@ def ivy(n=128, seed=151):
     alpha = np.zeros((n, n))
     yy, xx = np.mgrid[0:n, 0:n]
     # stems wandering down, then leaves along them
-    for s in range(5):
+    for s in range(9):
         x = r.uniform(0, n)
         for y in range(n):
             x += r.uniform(-0.8, 0.8)
             xi = int(x) % n
             img[y, xi] = colour((60, 44, 30))
             alpha[y, xi] = 1
-            if r.random() < 0.16:
+            if r.random() < 0.3:
                 cx, cy = (x + r.uniform(-7, 7)) % n, (y + r.uniform(-4, 4)) % n
                 rad = r.uniform(3.5, 6.5)
                 ang = r.uniform(0, math.pi)
