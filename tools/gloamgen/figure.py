@@ -99,7 +99,7 @@ def idle_poses(t, length):
     local = [
         qmul(qaxis((0, 0, 1), 1.2 * math.sin(ph)), qaxis((0, 1, 0), 3.0 * math.sin(ph))),
         qaxis((1, 0, 0), -2.5 * (0.5 - 0.5 * math.cos(2 * ph))),
-        qmul(qaxis((0, 1, 0), 16.0 * math.sin(ph + 0.6)), qaxis((1, 0, 0), 4.0 * math.sin(2 * ph))),
+        qmul(qaxis((0, 1, 0), 24.0 * math.sin(ph + 0.6)), qaxis((1, 0, 0), 4.0 * math.sin(2 * ph))),
         qaxis((0, 0, 1), 3.0 + 2.0 * math.sin(2 * ph)),
         qaxis((0, 0, 1), -3.0 - 2.0 * math.sin(2 * ph + 0.4)),
     ]

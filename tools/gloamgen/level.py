@@ -179,6 +179,10 @@ def build():
             yard.box((-10.5, 6.0, z0 + 0.85), (-10.0, 6.6, z0 + 1.75), "stone_wall.png", STONE, skip=("-h",))
     yard.model.collide_quad(STONE, [(-10.0, 6.0, -10.5), (-10.0, 6.0, 10.0), (-10.0, 10.0, 10.0),
                                     (-10.0, 10.0, -10.5)], (1, 0, 0))
+    yard.model.collide_quad(STONE, [(-10.5, 6.0, -10.0), (10.5, 6.0, -10.0), (10.5, 10.0, -10.0),
+                                    (-10.5, 10.0, -10.0)], (0, 0, 1))
+    yard.model.collide_quad(STONE, [(10.0, 6.0, -10.5), (10.0, 6.0, 10.0), (10.0, 10.0, 10.0),
+                                    (10.0, 10.0, -10.5)], (-1, 0, 0))
     # battlements of the south and east walls stand near the yard's side, so that they show from below
     for i in range(11):
         x0 = -8.0 + i * 1.6
