@@ -320,6 +320,24 @@ def check_all(out):
             inside = point_in_tree(planes, nodes, int(oroom[1]["bsp_node"]), centre) > 0
             p.need(inside == (other == r), "room %d's centre is %s room %d" % (r, "in" if inside else "not in", other))
         p.need(point_in_tree(planes, nodes, root, (0.0, -1.75, 0.0)) == 0, "the start lies in room %d" % r)
+    # no two rooms share open space, or the camera's room would depend on the order of the rooms
+    regions = []
+    for r, room in enumerate(rooms[1:], 1):
+        root = int(room[1]["bsp_node"])
+        n = root
+        while True:
+            regions.append((r, n))
+            n = nodes[n + 5][2] if nodes[n + 5][2] else None
+            if n is None:
+                break
+    boxes = []
+    for r, first in regions:
+        d = [planes[nodes[first + i][0]][3] for i in range(6)]
+        boxes.append((r, (d[0], d[2], d[4]), (-d[1], -d[3], -d[5])))
+    for i, (r1, lo1, hi1) in enumerate(boxes):
+        for r2, lo2, hi2 in boxes[i + 1:]:
+            if r1 != r2 and all(min(hi1[k], hi2[k]) - max(lo1[k], lo2[k]) > 1e-4 for k in range(3)):
+                p.append("rooms %d and %d share open space" % (r1, r2))
     # dialogues: each opens, offers at most 8 answers, shows no unknown placeholder
     for name in sorted(os.listdir(os.path.join(out, "dialogues"))):
         with open(os.path.join(out, "dialogues", name), "rb") as f:
