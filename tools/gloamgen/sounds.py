@@ -31,13 +31,13 @@ def modes(seconds, partials, seed=0, start=0.0):
 def band_noise(seconds, lo, hi, seed, tilt=0.0):
     """White noise limited to lo..hi Hz (in the frequency domain: no filter state, no drift)."""
     n = int(seconds * RATE)
-    spec = np.fft.rfft(rng(seed).standard_normal(n))
+    spectrum = np.fft.rfft(rng(seed).standard_normal(n))
     f = np.fft.rfftfreq(n, 1 / RATE)
     edge = 0.15
     gain = np.clip(np.minimum((f - lo * (1 - edge)) / (lo * edge + 1), ((hi * (1 + edge)) - f) / (hi * edge + 1)), 0, 1)
     if tilt:
         gain *= (np.maximum(f, 20) / 1000.0) ** tilt
-    out = np.fft.irfft(spec * gain, n)
+    out = np.fft.irfft(spectrum * gain, n)
     return out / (np.abs(out).max() + 1e-9)
 
 
@@ -112,13 +112,13 @@ def voice(seconds, f0_start, f0_end, formants, seed, breath=0.25, vibrato=0.0):
     phase = np.cumsum(f0 / RATE)
     pulses = (np.diff(np.floor(phase), prepend=0) > 0).astype(float)
     src = pulses + breath * r.standard_normal(len(t)) * 0.3
-    spec = np.fft.rfft(src)
+    spectrum = np.fft.rfft(src)
     f = np.fft.rfftfreq(len(t), 1 / RATE)
     gain = np.zeros_like(f)
     for fc, bw, amp in formants:
         gain += amp / (1 + ((f - fc) / (bw / 2)) ** 2)
     gain *= 1 / (1 + (f / 3000) ** 2)
-    return np.fft.irfft(spec * gain, len(t))
+    return np.fft.irfft(spectrum * gain, len(t))
 
 
 def hurt():

@@ -23,9 +23,9 @@ def noise(size, seed, beta=2.0, aspect=(1, 1)):
     fx = np.fft.fftfreq(w)[None, :] * aspect[1]
     f = np.sqrt(fx * fx + fy * fy)
     f[0, 0] = 1.0
-    spec = np.fft.fft2(white) / (f ** (beta / 2.0))
-    spec[0, 0] = 0
-    out = np.real(np.fft.ifft2(spec))
+    spectrum = np.fft.fft2(white) / (f ** (beta / 2.0))
+    spectrum[0, 0] = 0
+    out = np.real(np.fft.ifft2(spectrum))
     out -= out.min()
     out /= max(out.max(), 1e-9)
     return out

@@ -229,8 +229,8 @@ def env_steel(n=128, seed=141):
     img += colour((255, 190, 110)) * glow[..., None] * 0.8
     glow2 = np.exp(-((xx + 0.55) ** 2 + (yy - 0.1) ** 2) / 0.03)
     img += colour((255, 170, 90)) * glow2[..., None] * 0.5
-    spec = np.exp(-((xx + 0.2) ** 2 + (yy + 0.55) ** 2) / 0.01)
-    img += spec[..., None] * 0.9
+    spectrum = np.exp(-((xx + 0.2) ** 2 + (yy + 0.55) ** 2) / 0.01)
+    img += spectrum[..., None] * 0.9
     img *= (0.8 + 0.2 * noise((n, n), seed, 3.0))[..., None]
     img = mix(img, img * 0.6, 1 - rz2)
     return img, None
