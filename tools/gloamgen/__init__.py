@@ -1,0 +1,1 @@
+"""Builds the shipped data set of Gloamhold (gloamhold_data/) from the sources in this package."""
