@@ -108,6 +108,56 @@ TEST(sample_filtered, coordinates_repeat_in_both_directions)
     EXPECT_EQ(sample_filtered(&tex.record, 1.5f / 4, 2.5f / 4), sample_filtered(&tex.record, 2.0f + 1.5f / 4, -1.0f + 2.5f / 4));
 }
 
+// The filter written plainly, one channel at a time, straight from its rules.
+static uint16_t reference_filter(const test_texture& tex, float u, float v)
+{
+    auto fraction = [](float a) {
+        float f = a - static_cast<float>(static_cast<int32_t>(a));
+        return f < 0.0f ? f + 1.0f : f;
+    };
+    const texture& t = tex.record;
+    auto at = [&](int32_t x, int32_t y) { return static_cast<uint32_t>(t.texels[(y << t.row_shift) | x]); };
+    float fu = fraction(u) * t.width_f;
+    float fv = fraction(v) * t.height_f;
+    if (!(at(static_cast<int32_t>(fu) & t.width_mask, static_cast<int32_t>(fv) & t.height_mask) & 0x8000))
+        return 0;
+    int32_t x0 = static_cast<int32_t>(fu - 0.5f) & t.width_mask;
+    int32_t y0 = static_cast<int32_t>(fv - 0.5f) & t.height_mask;
+    float fx = (fu - 0.5f) - static_cast<float>(x0);
+    float fy = (fv - 0.5f) - static_cast<float>(y0);
+    int32_t x1 = (x0 + 1) & t.width_mask;
+    int32_t y1 = (y0 + 1) & t.height_mask;
+    uint32_t channels[3];
+    for (int32_t k = 0; k < 3; ++k) {
+        int32_t bit = 10 - 5 * k;
+        auto c = [&](int32_t x, int32_t y) { return static_cast<float>(at(x, y) >> bit & 31); };
+        float mixed;
+        if (fx + fy <= 1.0f)
+            mixed = c(x0, y1) * fy + c(x1, y0) * fx + c(x0, y0) * (1.0f - fx - fy);
+        else
+            mixed = c(x0, y1) * (1.0f - fx) + c(x1, y0) * (1.0f - fy) + c(x1, y1) * (fx + fy - 1.0f);
+        channels[k] = static_cast<uint32_t>(static_cast<int32_t>(mixed));
+    }
+    return static_cast<uint16_t>((channels[0] | 32u) << 10 | channels[1] << 5 | channels[2]);
+}
+
+TEST(sample_filtered, matches_a_plain_channel_by_channel_mix_everywhere)
+{
+    test_texture tex(8, 4, 0);
+    uint32_t seed = 12345;
+    auto next = [&seed]() {
+        seed = seed * 1664525u + 1013904223u;
+        return seed >> 8;
+    };
+    for (uint16_t& texel : tex.texels)
+        texel = static_cast<uint16_t>(next());
+    for (int32_t i = 0; i < 20000; ++i) {
+        float u = static_cast<float>(static_cast<int32_t>(next() % 40000) - 20000) / 4093.0f;
+        float v = static_cast<float>(static_cast<int32_t>(next() % 40000) - 20000) / 2039.0f;
+        ASSERT_EQ(sample_filtered(&tex.record, u, v), reference_filter(tex, u, v)) << u << ", " << v;
+    }
+}
+
 TEST(light_level, full_shade_is_level_63_and_none_is_level_0)
 {
     EXPECT_EQ(light_level(1.0f), 63);
