@@ -23,6 +23,15 @@ void draw_rectangle(const texture* tex, float x0, float y0, float x1, float y1, 
     draw_triangle(tex, NEUTRAL_TINT, blend, &a, &c, &d);
 }
 
+// Every pixel of the frame holds this colour and this depth.
+void expect_everywhere(const test_frame& frame, uint16_t colour, float depth)
+{
+    for (size_t i = 0; i < frame.colour.size(); ++i) {
+        EXPECT_EQ(frame.colour[i], colour) << "pixel " << i;
+        EXPECT_EQ(frame.depth[i], depth) << "pixel " << i;
+    }
+}
+
 int32_t drawn_in_row(const test_frame& frame, int32_t y, int32_t width)
 {
     int32_t count = 0;
@@ -206,11 +215,7 @@ TEST(draw_triangle, translucent_behind_opaque_is_hidden)
     test_texture far_texture(1, 1, 0x8000 | 31 << 10);
     draw_rectangle(&near_texture.record, 0.0f, 0.0f, 8.0f, 8.0f, 1.0f);
     draw_rectangle(&far_texture.record, 0.0f, 0.0f, 8.0f, 8.0f, 2.0f, 32);
-    for (int32_t y = 0; y < 8; ++y)
-        for (int32_t x = 0; x < 8; ++x) {
-            EXPECT_EQ(frame.pixel(x, y), SOLID);
-            EXPECT_EQ(frame.depth_at(x, y), 1.0f);
-        }
+    expect_everywhere(frame, SOLID, 1.0f);
 }
 
 TEST(draw_triangle, opaque_drawn_after_a_translucent_one_in_front_still_draws)
@@ -221,11 +226,7 @@ TEST(draw_triangle, opaque_drawn_after_a_translucent_one_in_front_still_draws)
     draw_rectangle(&glass.record, 0.0f, 0.0f, 8.0f, 8.0f, 1.0f, 32);
     EXPECT_EQ(frame.depth_at(3, 3), 0.0f); // the translucent surface left no depth
     draw_rectangle(&wall.record, 0.0f, 0.0f, 8.0f, 8.0f, 2.0f);
-    for (int32_t y = 0; y < 8; ++y)
-        for (int32_t x = 0; x < 8; ++x) {
-            EXPECT_EQ(frame.pixel(x, y), SOLID);
-            EXPECT_EQ(frame.depth_at(x, y), 0.5f);
-        }
+    expect_everywhere(frame, SOLID, 0.5f);
 }
 
 TEST(draw_triangle, line_pixels_are_never_overwritten)
@@ -347,34 +348,6 @@ struct straight_camera {
 };
 
 } // namespace
-
-TEST(view_mapping_update, centres_a_square_of_the_smaller_side)
-{
-    test_frame frame(640, 480);
-    view_mapping_update();
-    EXPECT_EQ(view_size, 480.0f);
-    EXPECT_EQ(view_offset_x, 80.0f);
-    EXPECT_EQ(view_offset_y, 0.0f);
-}
-
-TEST(camera_transform, turns_by_yaw_then_pitch)
-{
-    straight_camera camera;
-    camera_position[0] = 1.0f;
-    camera_yaw_cos = 0.0f; // a quarter turn: world +x lies straight ahead
-    camera_yaw_sin = 1.0f;
-    const float ahead[3] = {3.0f, 0.0f, 0.0f};
-    float out[3];
-    camera_transform(ahead, out);
-    EXPECT_EQ(out[0], 0.0f);
-    EXPECT_EQ(out[1], 0.0f);
-    EXPECT_EQ(out[2], 2.0f);
-    camera_pitch_cos = 0.0f; // looking straight down (y points down): what lies ahead is now above
-    camera_pitch_sin = 1.0f;
-    camera_transform(ahead, out);
-    EXPECT_EQ(out[1], -2.0f);
-    EXPECT_EQ(out[2], 0.0f);
-}
 
 TEST(project_segment, both_ends_in_front_are_projected)
 {
