@@ -1,0 +1,55 @@
+// The surfaces every drawing operation writes, and the camera that the projection routines read.
+// The frame driver sets the camera and the view mapping before each frame and clears the depth
+// buffer; the renderer only reads them.
+#pragma once
+
+#include <stdint.h>
+
+// ---- Colour buffer: frame_width x frame_height pixels, rows top to bottom, no padding --------
+// Blue in bits 0-4, green 5-9, red 10-14; every pixel the renderer produces has bit 15 set. The
+// host owns the memory (on Windows the window's DIB section); the renderer only writes into it.
+extern uint16_t* color_buffer;
+extern int32_t frame_width;  // the resolution from the settings, not the window's size
+extern int32_t frame_height;
+
+// ---- Depth buffer: 1/z of the nearest surface per pixel, same layout as the colour buffer -----
+// 0 means nothing drawn; larger is nearer.
+extern float* depth_buffer;
+
+// What draw_line writes: a pixel that no triangle drawn later may cover (the largest finite float).
+constexpr float DEPTH_ON_TOP = 3.4028235e38f;
+
+// Start-up: frame_width x frame_height cells from the game heap; 0 when out of memory.
+int depth_buffer_create();
+// Start of every frame: every cell back to 0 (all bits zero).
+void depth_buffer_clear();
+
+// ---- Camera -----------------------------------------------------------------------------------
+extern float camera_position[3]; // the eye, in world coordinates
+extern float camera_yaw_cos;
+extern float camera_yaw_sin;
+extern float camera_pitch_cos;
+extern float camera_pitch_sin;
+extern float projection_scale; // 1 / tan(field of view / 2), applied before the perspective divide
+
+// The view mapping: a square of side view_size centred on the frame holds projected coordinates
+// -0.5 ... +0.5 on both axes.
+extern float view_size;     // min(frame_width, frame_height)
+extern float view_offset_x; // (frame_width - view_size) / 2
+extern float view_offset_y; // (frame_height - view_size) / 2
+
+// Sets the view mapping from frame_width and frame_height.
+void view_mapping_update();
+
+// A world point into camera space: x right, y down, z the view depth.
+void camera_transform(const float world[3], float camera[3]);
+
+// Camera-space x (or y) at view depth z to a screen coordinate in pixels (pixel centres at .5).
+inline float project_screen_x(float x, float z)
+{
+    return (x * projection_scale / z + 0.5f) * view_size + view_offset_x;
+}
+inline float project_screen_y(float y, float z)
+{
+    return (y * projection_scale / z + 0.5f) * view_size + view_offset_y;
+}

@@ -1,0 +1,315 @@
+#include "render/raster.h"
+
+#include <math.h>
+#include <stddef.h>
+
+#include "core/settings.h"
+#include "render/colour_tables.h"
+#include "render/frame.h"
+#include "render/pixel_pipeline.h"
+
+namespace {
+
+// What stays the same for every pixel of every span of one triangle.
+struct span_setup {
+    texture tex; // a copy, so that the loops keep its fields in registers whatever they store
+    const uint8_t* red_row;
+    const uint8_t* blue_row;
+    const uint8_t* blend_dim_row;
+    const uint8_t* blend_lum_row;
+    void (*fill)(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at, span_edge step);
+};
+
+// The span loop, compiled once for every combination of fetch, dithering and translucency so
+// that no per-pixel branch asks what the whole span already knows. The depth test comes first and
+// draws only what is strictly nearer; the one division per pixel recovers w from 1/w.
+template <bool filtered, bool dithered, bool translucent>
+void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at, span_edge step)
+{
+    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
+    uint16_t* colour = color_buffer + row;
+    float* depth = depth_buffer + row;
+    const texture tex = setup->tex;
+    const uint8_t* red_row = setup->red_row;
+    const uint8_t* blue_row = setup->blue_row;
+    const uint8_t* blend_dim_row = setup->blend_dim_row;
+    const uint8_t* blend_lum_row = setup->blend_lum_row;
+    float inv_w = at.inv_w, u_w = at.u_w, v_w = at.v_w, l_w = at.l_w;
+    for (; x < end; ++x) {
+        if (!(depth[x] >= inv_w)) {
+            float w = 1.0f / inv_w;
+            float u = u_w * w;
+            float v = v_w * w;
+            float l = l_w * w;
+            uint32_t texel = filtered ? sample_filtered(&tex, u, v) : fetch_nearest(&tex, u, v);
+            if (texel & PIXEL_OPAQUE) {
+                uint8_t level = dithered ? light_level_dithered(l, light_dither_offset(x, y)) : light_level(l);
+                uint16_t lit = shade_texel(texel, level, red_row, blue_row);
+                if (translucent) {
+                    colour[x] = blend_pixel(colour[x], lit, blend_dim_row, blend_lum_row);
+                } else {
+                    colour[x] = lit;
+                    depth[x] = inv_w;
+                }
+            }
+        }
+        inv_w += step.inv_w;
+        u_w += step.u_w;
+        v_w += step.v_w;
+        l_w += step.l_w;
+    }
+}
+
+using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, span_edge, span_edge);
+
+// [filtered][dithered][translucent]
+const span_fill span_fills[2][2][2] = {
+    {{fill_span<false, false, false>, fill_span<false, false, true>},
+     {fill_span<false, true, false>, fill_span<false, true, true>}},
+    {{fill_span<true, false, false>, fill_span<true, false, true>},
+     {fill_span<true, true, false>, fill_span<true, true, true>}},
+};
+
+span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
+{
+    span_setup setup;
+    setup.tex = *tex;
+    setup.red_row = colour_table_row(colour_tables.red_temperature, tint);
+    setup.blue_row = colour_table_row(colour_tables.blue_temperature, tint);
+    setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
+    setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
+    setup.fill = span_fills[TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    return setup;
+}
+
+// The pixels of row y between two edge points: those whose centres lie right of the left end and
+// at or left of the right end. A pixel centred exactly on the left end is left out and one centred
+// exactly on the right end is drawn, so that a pixel on a vertical edge shared by two triangles
+// belongs to the triangle on its left and to it alone; the asymmetry is deliberate.
+void span_between(const span_setup* setup, int32_t y, const span_edge* a, const span_edge* b)
+{
+    const span_edge* left = a;
+    const span_edge* right = b;
+    if (left->x > right->x) {
+        left = b;
+        right = a;
+    }
+    float width = right->x - left->x;
+    if (width <= 0.0f)
+        return;
+    float first = floorf(left->x - 0.5f) + 1.0f;
+    if (first < 0.0f)
+        first = 0.0f;
+    float end = floorf(right->x - 0.5f) + 1.0f;
+    if (end > static_cast<float>(frame_width))
+        end = static_cast<float>(frame_width);
+    if (!(first < end))
+        return;
+    span_edge step;
+    step.inv_w = (right->inv_w - left->inv_w) / width;
+    step.u_w = (right->u_w - left->u_w) / width;
+    step.v_w = (right->v_w - left->v_w) / width;
+    step.l_w = (right->l_w - left->l_w) / width;
+    float offset = first + 0.5f - left->x;
+    span_edge at;
+    at.x = first;
+    at.inv_w = left->inv_w + step.inv_w * offset;
+    at.u_w = left->u_w + step.u_w * offset;
+    at.v_w = left->v_w + step.v_w * offset;
+    at.l_w = left->l_w + step.l_w * offset;
+    setup->fill(setup, y, static_cast<int32_t>(first), static_cast<int32_t>(end), at, step);
+}
+
+// A triangle edge from an upper to a lower vertex; each row's point is computed afresh from that
+// row's own fraction, so rows do not drift.
+struct triangle_edge {
+    float top_y;
+    float height;
+    span_edge start;
+    span_edge delta;
+};
+
+span_edge perspective_quantities(const screen_vertex* v)
+{
+    span_edge q;
+    q.x = v->sx;
+    q.inv_w = 1.0f / v->w;
+    q.u_w = v->u * q.inv_w;
+    q.v_w = v->v * q.inv_w;
+    q.l_w = v->l * q.inv_w;
+    return q;
+}
+
+triangle_edge make_edge(const screen_vertex* upper, const span_edge* upper_q, const screen_vertex* lower,
+                        const span_edge* lower_q)
+{
+    triangle_edge edge;
+    edge.top_y = upper->sy;
+    edge.height = lower->sy - upper->sy;
+    edge.start = *upper_q;
+    edge.delta.x = lower_q->x - upper_q->x;
+    edge.delta.inv_w = lower_q->inv_w - upper_q->inv_w;
+    edge.delta.u_w = lower_q->u_w - upper_q->u_w;
+    edge.delta.v_w = lower_q->v_w - upper_q->v_w;
+    edge.delta.l_w = lower_q->l_w - upper_q->l_w;
+    return edge;
+}
+
+// The edge's point at the centre of row y.
+span_edge edge_at_row(const triangle_edge* edge, int32_t y)
+{
+    float f = (static_cast<float>(y) + 0.5f - edge->top_y) / edge->height;
+    span_edge p;
+    p.x = edge->start.x + edge->delta.x * f;
+    p.inv_w = edge->start.inv_w + edge->delta.inv_w * f;
+    p.u_w = edge->start.u_w + edge->delta.u_w * f;
+    p.v_w = edge->start.v_w + edge->delta.v_w * f;
+    p.l_w = edge->start.l_w + edge->delta.l_w * f;
+    return p;
+}
+
+void fill_rows(const span_setup* setup, int32_t first, int32_t end, const triangle_edge* long_edge,
+               const triangle_edge* short_edge)
+{
+    for (int32_t y = first; y < end; ++y) {
+        span_edge a = edge_at_row(long_edge, y);
+        span_edge b = edge_at_row(short_edge, y);
+        span_between(setup, y, &a, &b);
+    }
+}
+
+// The first row whose centre lies at or below sy: ceil(sy - 0.5), clamped into 0 ... frame_height.
+float first_row_at_or_below(float sy)
+{
+    float row = ceilf(sy - 0.5f);
+    float height = static_cast<float>(frame_height);
+    if (!(row > 0.0f))
+        return 0.0f;
+    return row < height ? row : height;
+}
+
+void compare_and_swap(const screen_vertex** upper, const screen_vertex** lower)
+{
+    if ((*upper)->sy > (*lower)->sy) {
+        const screen_vertex* swap = *upper;
+        *upper = *lower;
+        *lower = swap;
+    }
+}
+
+} // namespace
+
+void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const span_edge* left,
+               const span_edge* right)
+{
+    span_setup setup = prepare_spans(tex, tint, blend);
+    span_between(&setup, y, left, right);
+}
+
+void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
+                   const screen_vertex* c)
+{
+    // Three compare-and-swaps that keep ties in their order: a with b, the lower of them with c,
+    // then the upper pair again.
+    const screen_vertex* top = a;
+    const screen_vertex* middle = b;
+    const screen_vertex* bottom = c;
+    compare_and_swap(&top, &middle);
+    compare_and_swap(&middle, &bottom);
+    compare_and_swap(&top, &middle);
+
+    // Rows are sampled at their centres: the top edge belongs to the triangle, the bottom does not.
+    // Rows are clamped as floats first, so that far-off vertices never overflow an integer.
+    float first = first_row_at_or_below(top->sy);
+    float split = first_row_at_or_below(middle->sy);
+    float last = first_row_at_or_below(bottom->sy);
+    if (!(first < last))
+        return;
+
+    span_edge top_q = perspective_quantities(top);
+    span_edge middle_q = perspective_quantities(middle);
+    span_edge bottom_q = perspective_quantities(bottom);
+    triangle_edge long_edge = make_edge(top, &top_q, bottom, &bottom_q);
+    triangle_edge upper_edge = make_edge(top, &top_q, middle, &middle_q);
+    triangle_edge lower_edge = make_edge(middle, &middle_q, bottom, &bottom_q);
+
+    span_setup setup = prepare_spans(tex, tint, blend);
+    int32_t first_row = static_cast<int32_t>(first);
+    int32_t split_row = static_cast<int32_t>(split);
+    int32_t end_row = static_cast<int32_t>(last);
+    // A flat upper or lower half has an empty row range, so its zero height is never divided by.
+    fill_rows(&setup, first_row, split_row, &long_edge, &upper_edge);
+    fill_rows(&setup, split_row, end_row, &long_edge, &lower_edge);
+}
+
+int32_t clip_triangle_near(clip_vertex* vertices, float near_z)
+{
+    float distance[3];
+    int32_t inside = 0;
+    for (int32_t i = 0; i < 3; ++i) {
+        distance[i] = vertices[i].z - near_z;
+        inside += distance[i] > 0.0f;
+    }
+    if (inside == 3)
+        return 3;
+    if (inside == 0)
+        return 0;
+
+    // Walk the edges a->b, b->c, c->a: each emits its start when inside, then its crossing.
+    clip_vertex out[CLIP_CAPACITY];
+    int32_t count = 0;
+    for (int32_t i = 0; i < 3; ++i) {
+        int32_t j = i == 2 ? 0 : i + 1;
+        const clip_vertex* start = &vertices[i];
+        const clip_vertex* end = &vertices[j];
+        bool start_inside = distance[i] > 0.0f;
+        bool end_inside = distance[j] > 0.0f;
+        if (start_inside)
+            out[count++] = *start;
+        if (start_inside != end_inside) {
+            float t = distance[i] / (distance[i] - distance[j]);
+            clip_vertex* crossing = &out[count++];
+            crossing->x = start->x + (end->x - start->x) * t;
+            crossing->y = start->y + (end->y - start->y) * t;
+            crossing->z = start->z + (end->z - start->z) * t;
+            crossing->nx = crossing->ny = crossing->nz = 0.0f; // not carried through clipping
+            crossing->u = start->u + (end->u - start->u) * t;
+            crossing->v = start->v + (end->v - start->v) * t;
+            crossing->l = start->l + (end->l - start->l) * t;
+        }
+    }
+    for (int32_t i = 0; i < count; ++i)
+        vertices[i] = out[i];
+    return count;
+}
+
+int project_segment(float* x0, float* y0, float* z0, float* x1, float* y1, float* z1)
+{
+    const float near_z = 0.01f;
+    float world0[3] = {*x0, *y0, *z0};
+    float world1[3] = {*x1, *y1, *z1};
+    float p0[3], p1[3];
+    camera_transform(world0, p0);
+    camera_transform(world1, p1);
+    if (p0[2] < near_z && p1[2] < near_z)
+        return 0;
+    if (p0[2] < near_z) {
+        float t = (near_z - p0[2]) / (p1[2] - p0[2]);
+        p0[0] = p0[0] + (p1[0] - p0[0]) * t;
+        p0[1] = p0[1] + (p1[1] - p0[1]) * t;
+        p0[2] = near_z;
+    }
+    if (p1[2] < near_z) {
+        float t = (near_z - p1[2]) / (p0[2] - p1[2]);
+        p1[0] = p1[0] + (p0[0] - p1[0]) * t;
+        p1[1] = p1[1] + (p0[1] - p1[1]) * t;
+        p1[2] = near_z;
+    }
+    *x0 = project_screen_x(p0[0], p0[2]);
+    *y0 = project_screen_y(p0[1], p0[2]);
+    *z0 = p0[2];
+    *x1 = project_screen_x(p1[0], p1[2]);
+    *y1 = project_screen_y(p1[1], p1[2]);
+    *z1 = p1[2];
+    return 1;
+}
