@@ -20,6 +20,9 @@ enum { REGISTRY_GROWTH = 10 };
 // A zeroed slot marked in use: the lowest free one, else a new one at the end. When the pool
 // cannot grow this returns 0 (indistinguishable from slot 0; the capacity stays raised).
 int32_t registry_alloc(registry* pool);
+// As registry_alloc, but -1 when the pool cannot grow: what the loaders use, so that a failed
+// growth fails the load instead of handing out slot 0 again.
+int32_t registry_claim(registry* pool);
 // Clears the slot's in-use flag only; 0 when index is negative or not below count.
 int registry_free(registry* pool, int32_t index);
 // The record at `index`, which must be below count.

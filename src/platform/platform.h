@@ -35,3 +35,40 @@ void* platform_heap_realloc(void* block, size_t bytes);
 
 // Releases a block (null is allowed); 1 when released, 0 when the heap refused.
 int platform_heap_free(void* block);
+
+// ---- Image and sound decoding -----------------------------------------------------------------
+
+typedef struct platform_image_handle* platform_image; // opaque; null means no image
+
+// Texture loader: opens an image file and prepares its first frame for conversion to 16-bit BGRA
+// 5551, with ordered 4x4 dithering when `dither` is non-zero; null when it cannot be decoded.
+platform_image platform_image_open(const char* path, int dither);
+
+// Texture loader: 1 with the image's width and height in pixels, 0 when they cannot be told.
+int platform_image_size(platform_image image, uint32_t* width, uint32_t* height);
+
+// Texture loader: 1 when the whole image was converted into `texels` (rows of `stride` bytes, top
+// row first), 0 when decoding failed.
+int platform_image_copy(platform_image image, uint16_t* texels, uint32_t stride);
+
+// Texture loader: releases everything the image holds (null is allowed).
+void platform_image_close(platform_image image);
+
+struct platform_sound_format {
+    uint32_t bits_per_sample; // as stored: 8 means unsigned samples, 16 signed little-endian ones
+    uint32_t channels;
+    uint32_t sample_rate;     // samples per second, never converted
+};
+
+typedef struct platform_sound_file_handle* platform_sound_file; // opaque; null means no sound
+
+// Sound loader: opens a sound file for reading its samples as stored, without conversion; null
+// when it is not audio or does not state its sample size, channels and rate (compressed streams).
+platform_sound_file platform_sound_file_open(const char* path, platform_sound_format* format);
+
+// Sound loader: the next block of interleaved samples; 1 with *bytes and *length (valid until the
+// next call), or with *ended = 1 once the stream is over; 0 when reading fails.
+int platform_sound_file_read(platform_sound_file file, const uint8_t** bytes, uint32_t* length, int* ended);
+
+// Sound loader: closes the file and releases the last block (null is allowed).
+void platform_sound_file_close(platform_sound_file file);
