@@ -57,12 +57,10 @@ int32_t load_sound(const char* name)
     if (index < 0)
         return -1;
     sound* record = registry_at<sound>(&sounds, index);
-    if (!sound_load_file(record, path)) {
-        registry_free(&sounds, index);
-        return -1;
-    }
-    if (!asset_name_add(ASSET_SOUND, name, index)) {
-        platform_heap_free(record->data);
+    if (!sound_load_file(record, path) || !asset_name_add(ASSET_SOUND, name, index)) {
+        // The freed slot gives up whatever it had gathered, so a reused slot leaks nothing.
+        if (record->data)
+            platform_heap_free(record->data);
         record->data = nullptr;
         record->size = 0;
         registry_free(&sounds, index);
