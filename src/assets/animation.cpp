@@ -88,19 +88,8 @@ int animation_load_file(animation* record, const char* path)
 
 int32_t load_animation(const char* name)
 {
-    int32_t known = asset_name_find(ASSET_ANIMATION, name);
-    if (known >= 0)
-        return known;
-    char path[ASSET_PATH_CAPACITY];
-    if (!asset_path(path, FOLDER_ANIMATIONS, name))
-        return -1;
-    animation loaded;
-    if (!animation_load_file(&loaded, path))
-        return -1;
-    int32_t index = registry_adopt(&animations, ASSET_ANIMATION, name, &loaded);
-    if (index < 0)
-        animation_free(&loaded);
-    return index;
+    return load_named<animation>(&animations, ASSET_ANIMATION, FOLDER_ANIMATIONS, name, animation_load_file,
+                                 animation_free);
 }
 
 static void blend_rotation(const float* a, const float* b_in, float t, float* out)

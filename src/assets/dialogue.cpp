@@ -132,17 +132,6 @@ int dialogue_free(dialogue* record)
 
 int32_t load_dialogue(const char* name)
 {
-    int32_t known = asset_name_find(ASSET_DIALOGUE, name);
-    if (known >= 0)
-        return known;
-    char path[ASSET_PATH_CAPACITY];
-    if (!asset_path(path, FOLDER_DIALOGUES, name))
-        return -1;
-    dialogue loaded;
-    if (!dialogue_load_file(&loaded, path))
-        return -1;
-    int32_t index = registry_adopt(&dialogues, ASSET_DIALOGUE, name, &loaded);
-    if (index < 0)
-        dialogue_free(&loaded);
-    return index;
+    return load_named<dialogue>(&dialogues, ASSET_DIALOGUE, FOLDER_DIALOGUES, name, dialogue_load_file,
+                                dialogue_free);
 }

@@ -202,15 +202,21 @@ static int read_subsets(text_file* file, model* record)
     return 1;
 }
 
+static int read_triangles(text_file* file, model_triangle* triangles, int32_t count, int32_t point_count)
+{
+    for (int32_t i = 0; i < count; ++i)
+        if (!read_triangle(file, &triangles[i], point_count))
+            return 0;
+    return 1;
+}
+
 static int read_colliders(text_file* file, model* record, int32_t collider_count)
 {
     int32_t triangle_count = 0;
     if (!text_file_count(file, "COLLISION_TRIANGLES ", &triangle_count) ||
-        !model_create_colliders(record, collider_count, triangle_count))
+        !model_create_colliders(record, collider_count, triangle_count) ||
+        !read_triangles(file, record->collision_triangles, triangle_count, record->point_count))
         return 0;
-    for (int32_t i = 0; i < triangle_count; ++i)
-        if (!read_triangle(file, &record->collision_triangles[i], record->point_count))
-            return 0;
     for (int32_t i = 0; i < collider_count; ++i) {
         model_collider& collider = record->colliders[i];
         char name[TEXT_FILE_LINE_CAPACITY];
@@ -228,11 +234,9 @@ static int read_occluders(text_file* file, model* record, int32_t occluder_count
 {
     int32_t triangle_count = 0;
     if (!text_file_count(file, "OCCLUSION_TRIANGLES ", &triangle_count) ||
-        !model_create_occluders(record, occluder_count, triangle_count))
+        !model_create_occluders(record, occluder_count, triangle_count) ||
+        !read_triangles(file, record->occlusion_triangles, triangle_count, record->point_count))
         return 0;
-    for (int32_t i = 0; i < triangle_count; ++i)
-        if (!read_triangle(file, &record->occlusion_triangles[i], record->point_count))
-            return 0;
     for (int32_t i = 0; i < occluder_count; ++i) {
         model_occluder& occluder = record->occluders[i];
         if (!text_file_scan(file, 2, "%i %i", &occluder.first, &occluder.end) ||
@@ -257,9 +261,8 @@ static int read_model(text_file* file, model* record)
         if (!text_file_scan(file, 3, "%f %f %f", &p.x, &p.y, &p.z))
             return 0;
     }
-    for (int32_t i = 0; i < triangles; ++i)
-        if (!read_triangle(file, &record->triangles[i], points))
-            return 0;
+    if (!read_triangles(file, record->triangles, triangles, points))
+        return 0;
     if (texcoords > 0 && !read_texcoords(file, record, texcoords))
         return 0;
     if (weights > 0 && !read_weights(file, record, weights))
@@ -289,17 +292,5 @@ int model_load_file(model* record, const char* path)
 
 int32_t load_model(const char* name)
 {
-    int32_t known = asset_name_find(ASSET_MODEL, name);
-    if (known >= 0)
-        return known;
-    char path[ASSET_PATH_CAPACITY];
-    if (!asset_path(path, FOLDER_MODELS, name))
-        return -1;
-    model loaded;
-    if (!model_load_file(&loaded, path))
-        return -1;
-    int32_t index = registry_adopt(&models, ASSET_MODEL, name, &loaded);
-    if (index < 0)
-        model_free(&loaded);
-    return index;
+    return load_named<model>(&models, ASSET_MODEL, FOLDER_MODELS, name, model_load_file, model_free);
 }

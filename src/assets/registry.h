@@ -73,12 +73,32 @@ int asset_name_add(uint8_t kind, const char* name, int32_t index);
 // registers the name; -1 (with the slot freed again) when the name cannot be registered.
 int32_t registry_adopt(registry* pool, uint8_t kind, const char* name, const void* record);
 
+// "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
+int asset_path(char* buffer, const char* folder, const char* name);
+
+// The loaders that read a file into a temporary record: the index already registered for the
+// name, else the file is loaded, a slot taken, the record copied in and the name registered
+// (released again, -1, when any of that fails).
+template <typename T>
+int32_t load_named(registry* pool, uint8_t kind, const char* folder, const char* name,
+                   int (*load_file)(T*, const char*), int (*release)(T*))
+{
+    int32_t known = asset_name_find(kind, name);
+    if (known >= 0)
+        return known;
+    char path[ASSET_PATH_CAPACITY];
+    T loaded;
+    if (!asset_path(path, folder, name) || !load_file(&loaded, path))
+        return -1;
+    int32_t index = registry_adopt(pool, kind, name, &loaded);
+    if (index < 0)
+        release(&loaded);
+    return index;
+}
+
 extern const char* const DATA_ROOT;         // "gloamhold_data"
 extern const char* const FOLDER_TEXTURES;   // "textures"
 extern const char* const FOLDER_MODELS;     // "models"
 extern const char* const FOLDER_ANIMATIONS; // "animations"
 extern const char* const FOLDER_SOUNDS;     // "sounds"
 extern const char* const FOLDER_DIALOGUES;  // "dialogues"
-
-// "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
-int asset_path(char* buffer, const char* folder, const char* name);

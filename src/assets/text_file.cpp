@@ -28,32 +28,31 @@ int text_file_count(text_file* file, const char* keyword, int32_t* count)
     return read_count_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY, keyword, count) && *count >= 0;
 }
 
+// Converts the line just read (when there was one) with the caller's arguments.
 #if defined(__GNUC__)
-__attribute__((format(scanf, 3, 0)))
+__attribute__((format(scanf, 4, 0)))
 #endif
-static int scan_line(const char* line, int wanted, const char* format, va_list arguments)
+static int scan_line(int have_line, const char* line, int wanted, const char* format, va_list arguments)
 {
-    return vsscanf(line, format, arguments) == wanted;
+    return have_line && vsscanf(line, format, arguments) == wanted;
 }
 
 int text_file_scan(text_file* file, int wanted, const char* format, ...)
 {
-    if (!read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY))
-        return 0;
+    int have_line = read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY);
     va_list arguments;
     va_start(arguments, format);
-    int ok = scan_line(file->line, wanted, format, arguments);
+    int ok = scan_line(have_line, file->line, wanted, format, arguments);
     va_end(arguments);
     return ok;
 }
 
 int text_file_scan_next(text_file* file, int wanted, const char* format, ...)
 {
-    if (reader_read_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY) == 0)
-        return 0;
+    int have_line = reader_read_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY) != 0;
     va_list arguments;
     va_start(arguments, format);
-    int ok = scan_line(file->line, wanted, format, arguments);
+    int ok = scan_line(have_line, file->line, wanted, format, arguments);
     va_end(arguments);
     return ok;
 }
