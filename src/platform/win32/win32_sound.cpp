@@ -36,6 +36,19 @@ static int read_format(IMFSourceReader* reader, platform_sound_format* format)
     return ok;
 }
 
+// Shuts the media source down before the reader goes, so that no work of a stream left unread
+// is still running when the reader is gone.
+static void release_reader(IMFSourceReader* reader)
+{
+    IMFMediaSource* source = nullptr;
+    if (SUCCEEDED(reader->GetServiceForStream(static_cast<DWORD>(MF_SOURCE_READER_MEDIASOURCE), GUID_NULL,
+                                              IID_IMFMediaSource, reinterpret_cast<void**>(&source)))) {
+        source->Shutdown();
+        source->Release();
+    }
+    reader->Release();
+}
+
 platform_sound_file platform_sound_file_open(const char* path, platform_sound_format* format)
 {
     wchar_t wide_path[MAX_PATH];
@@ -48,7 +61,7 @@ platform_sound_file platform_sound_file_open(const char* path, platform_sound_fo
     if (read_format(reader, format))
         file = static_cast<platform_sound_file>(platform_heap_alloc(sizeof(platform_sound_file_handle)));
     if (!file) {
-        reader->Release();
+        release_reader(reader);
         return nullptr;
     }
     *file = {};
@@ -103,6 +116,6 @@ void platform_sound_file_close(platform_sound_file file)
     if (!file)
         return;
     release_block(file);
-    file->reader->Release();
+    release_reader(file->reader);
     platform_heap_free(file);
 }
