@@ -37,8 +37,7 @@ static int32_t registry_take(registry* pool, int32_t index)
     return index;
 }
 
-// A slot, or -1 when the pool cannot grow.
-static int32_t registry_claim(registry* pool)
+int32_t registry_claim(registry* pool)
 {
     for (int32_t i = 0; i < pool->count; ++i)
         if (pool->in_use[i] == 0)

@@ -20,6 +20,9 @@ enum { REGISTRY_GROWTH = 10 };
 // A zeroed slot marked in use: the lowest free one, else a new one at the end. When the pool
 // cannot grow this returns 0 (indistinguishable from slot 0; the capacity stays raised).
 int32_t registry_alloc(registry* pool);
+// As registry_alloc, but -1 when the pool cannot grow: what the loaders use, so that a failed
+// growth fails the load instead of handing out slot 0 again.
+int32_t registry_claim(registry* pool);
 // Clears the slot's in-use flag only; 0 when index is negative or not below count.
 int registry_free(registry* pool, int32_t index);
 // The record at `index`, which must be below count.
@@ -70,12 +73,32 @@ int asset_name_add(uint8_t kind, const char* name, int32_t index);
 // registers the name; -1 (with the slot freed again) when the name cannot be registered.
 int32_t registry_adopt(registry* pool, uint8_t kind, const char* name, const void* record);
 
+// "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
+int asset_path(char* buffer, const char* folder, const char* name);
+
+// The loaders that read a file into a temporary record: the index already registered for the
+// name, else the file is loaded, a slot taken, the record copied in and the name registered
+// (released again, -1, when any of that fails).
+template <typename T>
+int32_t load_named(registry* pool, uint8_t kind, const char* folder, const char* name,
+                   int (*load_file)(T*, const char*), int (*release)(T*))
+{
+    int32_t known = asset_name_find(kind, name);
+    if (known >= 0)
+        return known;
+    char path[ASSET_PATH_CAPACITY];
+    T loaded;
+    if (!asset_path(path, folder, name) || !load_file(&loaded, path))
+        return -1;
+    int32_t index = registry_adopt(pool, kind, name, &loaded);
+    if (index < 0)
+        release(&loaded);
+    return index;
+}
+
 extern const char* const DATA_ROOT;         // "gloamhold_data"
 extern const char* const FOLDER_TEXTURES;   // "textures"
 extern const char* const FOLDER_MODELS;     // "models"
 extern const char* const FOLDER_ANIMATIONS; // "animations"
 extern const char* const FOLDER_SOUNDS;     // "sounds"
 extern const char* const FOLDER_DIALOGUES;  // "dialogues"
-
-// "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
-int asset_path(char* buffer, const char* folder, const char* name);

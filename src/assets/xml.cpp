@@ -4,6 +4,7 @@
 
 #include "core/file_reader.h"
 #include "core/heap.h"
+#include "core/text.h"
 #include "platform/platform.h"
 
 enum { XML_READ_BUFFER = 1024 };
@@ -284,17 +285,7 @@ int xml_free_document(xml_document* document)
 
 int xml_name_is(const char* name, const char* wanted)
 {
-    for (;; ++name, ++wanted) {
-        char a = *name, b = *wanted;
-        if (a >= 'A' && a <= 'Z')
-            a = static_cast<char>(a - 'A' + 'a');
-        if (b >= 'A' && b <= 'Z')
-            b = static_cast<char>(b - 'A' + 'a');
-        if (a != b)
-            return 0;
-        if (a == 0)
-            return 1;
-    }
+    return text_equal_ignoring_case(name, wanted);
 }
 
 const char* xml_attribute_value(const xml_node* node, const char* name)

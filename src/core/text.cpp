@@ -23,6 +23,21 @@ int split_at(const char* text, size_t text_capacity, char separator, char* left,
     return 1;
 }
 
+static char lower_case(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+int text_equal_ignoring_case(const char* a, const char* b)
+{
+    for (;; ++a, ++b) {
+        if (lower_case(*a) != lower_case(*b))
+            return 0;
+        if (*a == 0)
+            return 1;
+    }
+}
+
 unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
 {
     if (capacity == 0)

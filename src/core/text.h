@@ -14,6 +14,9 @@ enum : unsigned {
 int split_at(const char* text, size_t text_capacity, char separator, char* left, size_t left_capacity,
              char* right, size_t right_capacity);
 
+// 1 when the two texts are equal when ASCII letters are compared without regard to case.
+int text_equal_ignoring_case(const char* a, const char* b);
+
 // vsnprintf into at most capacity - 1 characters, always NUL-terminated. 0 when the text fitted,
 // PRINTF_TRUNCATED when it was cut, PRINTF_INVALID_CAPACITY for a capacity of 0 (nothing written)
 // or above 0x7FFFFFFF (an empty string written).

@@ -35,3 +35,36 @@ void* platform_heap_realloc(void* block, size_t bytes);
 
 // Releases a block (null is allowed); 1 when released, 0 when the heap refused.
 int platform_heap_free(void* block);
+
+// ---- Image and sound decoding ---------------------------------------------------------------
+
+typedef struct platform_image_handle* platform_image; // opaque; null means no image
+
+// Texture loader: opens an image, frame 0 readied for BGRA 5551 (ordered 4x4 dither if asked); null on failure.
+platform_image platform_image_open(const char* path, int dither);
+
+// Texture loader: 1 with the image's width and height in pixels, 0 when they cannot be told.
+int platform_image_size(platform_image image, uint32_t* width, uint32_t* height);
+
+// Texture loader: 1 when the whole image went into texels (rows of `stride` bytes, top first), 0 on failure.
+int platform_image_copy(platform_image image, uint16_t* texels, uint32_t stride);
+
+// Texture loader: releases everything the image holds (null is allowed).
+void platform_image_close(platform_image image);
+
+struct platform_sound_format {
+    uint32_t bits_per_sample; // as stored: 8 means unsigned samples, 16 signed little-endian ones
+    uint32_t channels;
+    uint32_t sample_rate;     // samples per second, never converted
+};
+
+typedef struct platform_sound_file_handle* platform_sound_file; // opaque; null means no sound
+
+// Sound loader: opens a file's samples as stored, filling *format; null when not audio or compressed.
+platform_sound_file platform_sound_file_open(const char* path, platform_sound_format* format);
+
+// Sound loader: 1 with the next block (*bytes, *length; valid until the next call) or *ended = 1; 0 on failure.
+int platform_sound_file_read(platform_sound_file file, const uint8_t** bytes, uint32_t* length, int* ended);
+
+// Sound loader: closes the file and releases the last block (null is allowed).
+void platform_sound_file_close(platform_sound_file file);

@@ -1,0 +1,61 @@
+#include "assets/collision_tree.h"
+
+#include "assets/text_file.h"
+#include "core/heap.h"
+#include "platform/platform.h"
+
+int collision_tree_create(collision_tree* tree, int32_t node_count)
+{
+    tree->node_count = node_count;
+    return heap_alloc_array(&tree->nodes, node_count);
+}
+
+int collision_tree_free(collision_tree* tree)
+{
+    if (tree->nodes)
+        platform_heap_free(tree->nodes);
+    tree->nodes = nullptr;
+    tree->node_count = 0;
+    return 1;
+}
+
+static int child_within(int32_t child, int32_t node_count)
+{
+    return child >= 0 && child < node_count;
+}
+
+static int read_tree(text_file* file, collision_tree* tree)
+{
+    int32_t plane_count = 0, node_count = 0;
+    if (!text_file_count(file, "PLANES ", &plane_count) || !text_file_count(file, "NODES ", &node_count) ||
+        !collision_tree_create(tree, node_count))
+        return 0;
+    bsp_plane* planes = nullptr;
+    int ok = heap_alloc_array(&planes, plane_count);
+    for (int32_t i = 0; ok && i < plane_count; ++i)
+        ok = text_file_scan(file, 4, "%f %f %f %f", &planes[i].a, &planes[i].b, &planes[i].c, &planes[i].d);
+    for (int32_t i = 0; ok && i < node_count; ++i) {
+        int32_t plane = 0;
+        bsp_node& node = tree->nodes[i];
+        ok = text_file_scan(file, 3, "%i %i %i", &plane, &node.front, &node.back) && plane >= 0 &&
+             plane < plane_count && child_within(node.front, node_count) && child_within(node.back, node_count);
+        if (ok)
+            node.plane = planes[plane];
+    }
+    if (planes)
+        platform_heap_free(planes);
+    return ok;
+}
+
+int collision_tree_load(collision_tree* tree, const char* path)
+{
+    collision_tree_free(tree);
+    text_file file;
+    if (!text_file_open(&file, path))
+        return 0;
+    int ok = read_tree(&file, tree);
+    text_file_close(&file);
+    if (!ok)
+        collision_tree_free(tree);
+    return ok;
+}
