@@ -79,3 +79,6 @@ extern const char* const FOLDER_DIALOGUES;  // "dialogues"
 
 // "gloamhold_data/<folder>/<name>" into a buffer of ASSET_PATH_CAPACITY characters; 0 when it was cut.
 int asset_path(char* buffer, const char* folder, const char* name);
+
+// The name registered last for (kind, index), or null: the reverse of asset_name_find, for reports.
+const char* asset_name_of(uint8_t kind, int32_t index);
