@@ -8,3 +8,7 @@
 extern uint16_t* color_buffer; // null until the host has made it (or when it could not)
 extern int32_t frame_width;
 extern int32_t frame_height;
+
+// A pixel as 0x00RRGGBB, each 5-bit channel c widened to (c << 3) | (c >> 2): how the hosts that
+// convert the frame themselves show it and how frames are saved, so that they all agree.
+uint32_t frame_pixel_rgb888(uint16_t pixel);

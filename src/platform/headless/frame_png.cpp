@@ -5,17 +5,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-static uint8_t widen(uint32_t channel)
-{
-    return static_cast<uint8_t>((channel << 3) | (channel >> 2));
-}
-
-void frame_pixel_rgb(uint16_t pixel, uint8_t rgb[3])
-{
-    rgb[0] = widen((pixel >> 10) & 31u);
-    rgb[1] = widen((pixel >> 5) & 31u);
-    rgb[2] = widen(pixel & 31u);
-}
+#include "core/frame.h"
 
 // libpng reports failures by jumping back here; everything it allocated is released by the caller.
 static int encode(png_structp png, png_infop info, FILE* file, const uint16_t* pixels, int32_t width,
@@ -29,8 +19,12 @@ static int encode(png_structp png, png_infop info, FILE* file, const uint16_t* p
     png_write_info(png, info);
     for (int32_t y = 0; y < height; ++y) {
         const uint16_t* source = pixels + static_cast<size_t>(y) * width;
-        for (int32_t x = 0; x < width; ++x)
-            frame_pixel_rgb(source[x], row + 3 * x);
+        for (int32_t x = 0; x < width; ++x) {
+            uint32_t rgb = frame_pixel_rgb888(source[x]);
+            row[3 * x] = static_cast<png_byte>(rgb >> 16);
+            row[3 * x + 1] = static_cast<png_byte>(rgb >> 8);
+            row[3 * x + 2] = static_cast<png_byte>(rgb);
+        }
         png_write_row(png, row);
     }
     png_write_end(png, info);

@@ -5,6 +5,3 @@
 
 // 1 when the whole image was written to `path`.
 int write_frame_png(const char* path, const uint16_t* pixels, int32_t width, int32_t height);
-
-// The 8-bit red, green and blue of one frame-buffer pixel.
-void frame_pixel_rgb(uint16_t pixel, uint8_t rgb[3]);

@@ -21,10 +21,25 @@ struct sdl_window {
 
 static sdl_window shown;
 
+// The frame converted here rather than by SDL, so that it shows exactly as the saved frames do.
+static void upload_frame()
+{
+    void* pixels = nullptr;
+    int pitch = 0;
+    if (!color_buffer || SDL_LockTexture(shown.texture, nullptr, &pixels, &pitch) != 0)
+        return;
+    for (int32_t y = 0; y < frame_height; ++y) {
+        const uint16_t* source = color_buffer + static_cast<size_t>(y) * frame_width;
+        uint32_t* target = reinterpret_cast<uint32_t*>(static_cast<uint8_t*>(pixels) + static_cast<size_t>(y) * pitch);
+        for (int32_t x = 0; x < frame_width; ++x)
+            target[x] = frame_pixel_rgb888(source[x]);
+    }
+    SDL_UnlockTexture(shown.texture);
+}
+
 static void present()
 {
-    if (color_buffer)
-        SDL_UpdateTexture(shown.texture, nullptr, color_buffer, frame_width * 2);
+    upload_frame();
     SDL_Rect target = {0, 0, shown.client.width, shown.client.height};
     SDL_RenderClear(shown.renderer);
     SDL_RenderCopy(shown.renderer, shown.texture, nullptr, &target);
@@ -49,7 +64,7 @@ static void set_title(const char* title)
 static const loop_hooks sdl_hooks = {game_update, game_render, sync_mouse_capture, present, set_title};
 
 // The window and the frame buffer, sized like the Windows game's: the client area is the
-// resolution times SCREEN_SCALE, and the frame buffer (1-5-5-5 pixels) is stretched onto it.
+// resolution times SCREEN_SCALE, and the frame buffer is stretched onto it.
 static int create_window()
 {
     shown.client = window_client_size(SCREEN_RESOLUTION.width, SCREEN_RESOLUTION.height, SCREEN_SCALE);
@@ -63,7 +78,7 @@ static int create_window()
         return 0;
     frame_width = SCREEN_RESOLUTION.width;
     frame_height = SCREEN_RESOLUTION.height;
-    shown.texture = SDL_CreateTexture(shown.renderer, SDL_PIXELFORMAT_RGB555, SDL_TEXTUREACCESS_STREAMING,
+    shown.texture = SDL_CreateTexture(shown.renderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING,
                                       frame_width, frame_height);
     if (!shown.texture)
         return 0;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "core/frame.h"
 #include "platform/headless/frame_png.h"
 #include "support/temp_files.h"
 
@@ -38,13 +39,11 @@ rgb_image read_png(const std::string& path)
 
 TEST(frame_png, each_5_bit_channel_is_widened_by_repeating_its_top_bits)
 {
-    uint8_t rgb[3];
-    frame_pixel_rgb(0x8000 | 31 << 10 | 16 << 5 | 1, rgb);
-    EXPECT_EQ(rgb[0], 255);
-    EXPECT_EQ(rgb[1], (16 << 3) | (16 >> 2));
-    EXPECT_EQ(rgb[2], (1 << 3) | (1 >> 2));
-    frame_pixel_rgb(0x7FFF, rgb);
-    EXPECT_EQ(rgb[0], 255) << "bit 15 does not matter";
+    uint32_t rgb = frame_pixel_rgb888(0x8000 | 31 << 10 | 16 << 5 | 1);
+    EXPECT_EQ(rgb >> 16, 255u);
+    EXPECT_EQ((rgb >> 8) & 0xFF, static_cast<uint32_t>((16 << 3) | (16 >> 2)));
+    EXPECT_EQ(rgb & 0xFF, static_cast<uint32_t>((1 << 3) | (1 >> 2)));
+    EXPECT_EQ(frame_pixel_rgb888(0x7FFF), 0xFFFFFFu) << "bit 15 does not matter";
 }
 
 TEST(frame_png, a_frame_is_written_row_by_row_from_the_top)
@@ -60,11 +59,10 @@ TEST(frame_png, a_frame_is_written_row_by_row_from_the_top)
     ASSERT_EQ(image.height, 2u);
     ASSERT_EQ(image.pixels.size(), 18u);
     for (int32_t i = 0; i < width * height; ++i) {
-        uint8_t rgb[3];
-        frame_pixel_rgb(frame[i], rgb);
-        EXPECT_EQ(image.pixels[3 * i], rgb[0]) << i;
-        EXPECT_EQ(image.pixels[3 * i + 1], rgb[1]) << i;
-        EXPECT_EQ(image.pixels[3 * i + 2], rgb[2]) << i;
+        uint32_t rgb = frame_pixel_rgb888(frame[i]);
+        EXPECT_EQ(image.pixels[3 * i], rgb >> 16) << i;
+        EXPECT_EQ(image.pixels[3 * i + 1], (rgb >> 8) & 0xFF) << i;
+        EXPECT_EQ(image.pixels[3 * i + 2], rgb & 0xFF) << i;
     }
 }
 
