@@ -21,37 +21,15 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, HERE)
+from virtual_display import virtual_display, wait_for_wine_server  # noqa: E402
+
 TITLE = re.compile(r"^Gloamhold \(FPS: (\d+), UPS: (\d+)\)$")
 
 
 def fail(message):
     print("FAIL: " + message, flush=True)
     sys.exit(1)
-
-
-class virtual_display:
-    """An Xvfb of our own; Xvfb picks a free display number itself and tells it through a pipe,
-    so tests running side by side (even other people's) never race for a number."""
-
-    def __enter__(self):
-        read_end, write_end = os.pipe()
-        self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-ac"],
-            pass_fds=(write_end,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(write_end)
-        number = b""
-        with os.fdopen(read_end, "rb") as pipe:
-            while not number.endswith(b"\n"):
-                chunk = pipe.read(1)
-                if not chunk:
-                    fail("Xvfb did not start")
-                number += chunk
-        os.environ["DISPLAY"] = ":" + number.decode().strip()
-        return self
-
-    def __exit__(self, *exception):
-        self.server.terminate()
-        self.server.wait()
 
 
 def xdotool(*arguments):
@@ -231,9 +209,7 @@ def main():
     finally:
         shutil.rmtree(work, ignore_errors=True)
         if arguments.wine:
-            # Let this prefix's Wine server end, so the next test starts it on its own display.
-            environment = dict(os.environ, WINEPREFIX=arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold"))
-            subprocess.run(["wineserver", "-w"], env=environment)
+            wait_for_wine_server(arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold"))
     print("PASS", flush=True)
 
 
