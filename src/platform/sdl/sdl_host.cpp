@@ -138,5 +138,6 @@ int sdl_host_main()
     if (!create_window())
         return 1;
     run_main_loop();
+    SDL_Quit();
     return 0;
 }
