@@ -5,7 +5,8 @@ Starts a host executable (natively, or under Wine with --wine), finds its window
 case:
   pattern  the title shows sensible counts, the client area shows the pattern that
            tests/e2e/pattern.h draws, scaled by SCREEN_SCALE, and Escape (mouse free) quits with 0;
-  quit     the title shows sensible counts and Escape quits with 0 (any drivers);
+  quit     the title shows sensible counts, the client area has the size SCREEN_SCALE gives (a
+           screenshot is kept) and Escape quits with 0 (any drivers);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
            box is dismissed and the process ends.
 Screenshots are kept under --keep for people to look at. Exit status 0 when every check passed.
@@ -49,7 +50,8 @@ def find_window(name_pattern, process, timeout):
         time.sleep(0.25)
     names = subprocess.run(["xdotool", "search", "--name", ".", "getwindowname", "%@"], capture_output=True,
                            text=True).stdout.split("\n")
-    fail("no window named like %r within %d s; windows: %r" % (name_pattern, timeout, names))
+    fail("no window named like %r within %d s; windows on %s: %r"
+         % (name_pattern, timeout, os.environ.get("DISPLAY"), names))
 
 
 def wait_for_counts(window, timeout):
@@ -100,11 +102,18 @@ def pattern_rgb(x, y):
     return tuple((c << 3) | (c >> 2) for c in (red, green, blue))
 
 
-def check_pattern(window, width, height, scale, keep_as):
+def check_client_size(window, width, height, scale, keep_as):
+    """The screenshot of the client area, once its size is the resolution times the scale."""
     shot_width, shot_height, data = screenshot(window, keep_as)
     client_width, client_height = int(width * scale), int(height * scale)
     if (shot_width, shot_height) != (client_width, client_height):
         fail("client area is %dx%d, expected %dx%d" % (shot_width, shot_height, client_width, client_height))
+    print("client area %dx%d" % (client_width, client_height), flush=True)
+    return client_width, client_height, data
+
+
+def check_pattern(window, width, height, scale, keep_as):
+    client_width, client_height, data = check_client_size(window, width, height, scale, keep_as)
     step = int(scale)
     if step != scale:
         print("scale %s is not whole: size checked, pixels not compared" % scale, flush=True)
@@ -173,11 +182,13 @@ def run(arguments, work):
             print("ended with %d after the box was dismissed" % code, flush=True)
             return
         wait_for_counts(window, 30)
+        keep_as = os.path.join(arguments.keep, arguments.shot_name) if arguments.keep else None
+        # A frame is drawn 60 times a second; give the first ones time to be painted.
+        time.sleep(0.5)
         if arguments.case == "pattern":
-            keep_as = os.path.join(arguments.keep, arguments.shot_name) if arguments.keep else None
-            # A frame is drawn 60 times a second; give the first ones time to be painted.
-            time.sleep(0.5)
             check_pattern(window, width, height, float(arguments.scale), keep_as)
+        else:
+            check_client_size(window, width, height, float(arguments.scale), keep_as)
         press(window, "Escape")
         code = wait_exit(process, 30, "after Escape")
         if code != 0:

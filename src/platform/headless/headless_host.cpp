@@ -11,7 +11,6 @@
 #include "app/schedule.h"
 #include "app/window_layout.h"
 #include "core/frame.h"
-#include "core/loop_state.h"
 #include "core/settings.h"
 #include "platform/headless/frame_png.h"
 #include "platform/headless/headless_audio.h"

@@ -133,12 +133,15 @@ headless_parse_result parse_headless_arguments(int argc, const char* const* argv
         }
     }
     for (int32_t i = 0; options->ticks_given && i < options->shot_count; ++i) {
-        if (options->shots[i].tick >= options->ticks) {
-            string_printf(error, error_capacity,
-                          "--shot: tick %d is never reached: --ticks %d runs updates 0 to %d",
+        if (options->shots[i].tick < options->ticks)
+            continue;
+        if (options->ticks == 0)
+            string_printf(error, error_capacity, "--shot: tick %d is never reached: --ticks 0 runs no update",
+                          options->shots[i].tick);
+        else
+            string_printf(error, error_capacity, "--shot: tick %d is never reached: --ticks %d runs updates 0 to %d",
                           options->shots[i].tick, options->ticks, options->ticks - 1);
-            return HEADLESS_ARGUMENTS_BAD;
-        }
+        return HEADLESS_ARGUMENTS_BAD;
     }
     return HEADLESS_ARGUMENTS_OK;
 }

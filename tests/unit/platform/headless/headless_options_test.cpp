@@ -130,6 +130,8 @@ TEST(headless_options, a_shot_after_the_last_update_is_refused)
     EXPECT_EQ(p.result, HEADLESS_ARGUMENTS_BAD);
     EXPECT_NE(p.error.find("tick 10 is never reached"), std::string::npos) << p.error;
     EXPECT_EQ(parsed({"--ticks", "10", "--shot", "9:a.png"}).result, HEADLESS_ARGUMENTS_OK);
+    EXPECT_EQ(parsed({"--shot", "0:a.png", "--ticks", "0"}).error,
+              "--shot: tick 0 is never reached: --ticks 0 runs no update");
 }
 
 TEST(headless_options, without_ticks_the_run_lasts_to_the_last_shot_or_scripted_tick)
