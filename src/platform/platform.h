@@ -38,14 +38,12 @@ int platform_heap_free(void* block);
 
 // ---- Audio output ---------------------------------------------------------------------------
 
-// audio_open: opens output `device` (0xFFFFFFFF: the default) in this PCM format and starts a chain
-// of two blocks of `block_bytes` bytes, silence first, each refilled with audio_refill_block as soon
-// as it has been played; 1 when the chain runs, 0 when the device or its blocks failed.
+// audio_open: opens `device` (0xFFFFFFFF: the default) in this PCM format and plays two blocks of
+// silence, each refilled by audio_refill_block once played; 1 when playing, 0 when it could not open.
 int platform_audio_open(uint32_t device, uint32_t samples_per_second, uint32_t channels,
                         uint32_t bits_per_sample, uint32_t block_bytes);
 
-// play_sound and the refill: while held, the device's thread does not refill (nests with nothing;
-// a no-op where refills run on the game's own thread).
+// play_sound and the refill: keeps the device's thread from refilling meanwhile (never nested).
 void platform_audio_lock();
 void platform_audio_unlock();
 
