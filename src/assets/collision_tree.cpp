@@ -59,3 +59,21 @@ int collision_tree_load(collision_tree* tree, const char* path)
         collision_tree_free(tree);
     return ok;
 }
+
+enum { POINT_AREA_STEP_LIMIT = 255 };
+
+int32_t find_point_area(const collision_tree* tree, int32_t root, vec3 point)
+{
+    int32_t node = root;
+    for (int32_t count = 1; count < POINT_AREA_STEP_LIMIT; ++count) {
+        if (node < 0 || node >= tree->node_count)
+            return 0;
+        const bsp_plane& plane = tree->nodes[node].plane;
+        bool front = plane.a * point.x + plane.b * point.y + plane.c * point.z - plane.d >= 0.0f;
+        int32_t child = front ? tree->nodes[node].front : tree->nodes[node].back;
+        if (child == 0)
+            return front ? count : 0;
+        node = child;
+    }
+    return 0;
+}

@@ -4,6 +4,8 @@
 
 #include <stdint.h>
 
+#include "core/vec3.h"
+
 struct bsp_plane {
     float a, b, c, d; // p is in front when a*p.x + b*p.y + c*p.z - d >= 0
 };
@@ -27,3 +29,10 @@ int collision_tree_free(collision_tree* tree);
 // Reads "PLANES n", "NODES n", the planes, then one "plane front back" line per node. Every plane
 // and child index must name an entry of the file; anything wrong leaves the tree empty and gives 0.
 int collision_tree_load(collision_tree* tree, const char* path);
+
+// Point location, for the camera's room and for the rooms' own check: from `root`, to the front
+// child when a*x + b*y + c*z - d >= 0, else to the back child. Reaching a front leaf means the
+// point lies in the open space under `root`: the number of nodes visited (at least 1). Reaching a
+// back leaf means it does not (0), and so does a walk that reaches its 255th step, or a root
+// outside the tree.
+int32_t find_point_area(const collision_tree* tree, int32_t root, vec3 point);

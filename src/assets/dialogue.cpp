@@ -135,3 +135,49 @@ int32_t load_dialogue(const char* name)
     return load_named<dialogue>(&dialogues, ASSET_DIALOGUE, FOLDER_DIALOGUES, name, dialogue_load_file,
                                 dialogue_free);
 }
+
+static int entry_begins(const dialogue* record, const dialogue_entry& entry, const char* prefix)
+{
+    size_t length = strlen(prefix);
+    return entry.end - entry.start >= length && memcmp(record->text + entry.start, prefix, length) == 0;
+}
+
+dialogue_entry_kind dialogue_entry_kind_of(const dialogue* record, int32_t index)
+{
+    const dialogue_entry& entry = record->entries[index];
+    bool ends_in_colon = entry.end > entry.start && record->text[entry.end - 1] == ':';
+    if (ends_in_colon) {
+        if (entry_begins(record, entry, "if "))
+            return DIALOGUE_CONDITION;
+        if (entry_begins(record, entry, "else:"))
+            return DIALOGUE_ELSE;
+        if (entry_begins(record, entry, "> "))
+            return DIALOGUE_ANSWER;
+        return DIALOGUE_LABEL;
+    }
+    if (entry_begins(record, entry, "\""))
+        return DIALOGUE_TEXT;
+    if (entry_begins(record, entry, "@"))
+        return DIALOGUE_JUMP;
+    return DIALOGUE_STATEMENT;
+}
+
+int32_t dialogue_block_level(const dialogue* record, int32_t parent)
+{
+    int32_t first = parent + 1;
+    return first < record->entry_count ? record->entries[first].indent : -1;
+}
+
+int32_t dialogue_jump_target(const dialogue* record, int32_t jump)
+{
+    const dialogue_entry& from = record->entries[jump];
+    const char* label = record->text + from.start + 1; // after the "@"
+    uint32_t length = from.end - from.start - 1;
+    for (int32_t i = 0; i < record->entry_count; ++i) {
+        const dialogue_entry& entry = record->entries[i];
+        if (entry.end > entry.start && record->text[entry.end - 1] == ':' && entry.end - entry.start >= length &&
+            memcmp(record->text + entry.start, label, length) == 0)
+            return i;
+    }
+    return -1;
+}

@@ -40,3 +40,24 @@ int dialogue_free(dialogue* record);
 
 // The index registered for the name, else the dialogue is loaded into a new slot; -1 on failure.
 int32_t load_dialogue(const char* name);
+
+// What an entry does when the conversation is walked, told from its text alone.
+enum dialogue_entry_kind : uint8_t {
+    DIALOGUE_CONDITION, // "if <condition>:" runs its block when the condition holds
+    DIALOGUE_ELSE,      // "else:" runs its block when the last condition before it did not hold
+    DIALOGUE_ANSWER,    // "> ...:" offers an answer (its text between the first pair of double quotes)
+    DIALOGUE_LABEL,     // any other entry ending in ":", a speaker's name too; its block runs when jumped to
+    DIALOGUE_TEXT,      // a line to show, in double quotes
+    DIALOGUE_JUMP,      // "@<label>": walks the label's block, then goes on
+    DIALOGUE_STATEMENT, // anything else: sets or tests a state variable
+};
+
+// The kind of an entry that the record holds.
+dialogue_entry_kind dialogue_entry_kind_of(const dialogue* record, int32_t entry);
+// The indent of the entries that make up the block under `parent`: that of the entry right after
+// it (-1, the top, takes entry 0's); -1 when no entry follows, so the block is empty.
+int32_t dialogue_block_level(const dialogue* record, int32_t parent);
+// Where a jump goes: the first entry ending in ":" whose text begins with the jump's label,
+// compared over the label's length only ("@end" also finds "ending:" when that comes first);
+// -1 when there is none.
+int32_t dialogue_jump_target(const dialogue* record, int32_t jump);

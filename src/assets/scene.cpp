@@ -320,6 +320,7 @@ static int32_t find_partner_room(int32_t room_index, const portal* p)
 
 int link_portals()
 {
+    int all_linked = 1;
     for (int32_t r = 0; r < rooms.count; ++r) {
         const room* here = registry_at<room>(&rooms, r);
         for (int32_t k = 0; k < here->portal_count; ++k) {
@@ -327,10 +328,10 @@ int link_portals()
             p->target_room = find_partner_room(r, p);
             // Every opening must be described from both sides.
             if (p->target_room < 0)
-                return 0;
+                all_linked = 0;
         }
     }
-    return 1;
+    return all_linked;
 }
 
 static int inside(vec3 p, const float box[6])

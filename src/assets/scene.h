@@ -10,7 +10,8 @@
 int load_scene(const char* path);
 
 // Gives every portal the room of the first portal elsewhere that faces it with all corners within
-// 0.01; 0 (that portal left at -1) when one has no partner.
+// 0.01, or -1 when there is none; 0 when any portal has no partner. All portals are linked either
+// way, so that the data checker can name every opening described from one side only.
 int link_portals();
 // Gives every portal whose centre lies in a door's world box that door; a later door wins.
 void link_doors();

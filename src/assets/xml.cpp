@@ -57,6 +57,8 @@ template <typename T> int xml_array_finish(xml_array<T>* array)
 
 struct xml_parser {
     file_reader reader;
+    int32_t line;      // 1-based line of the character last read (a line feed ends its line)
+    bool line_ended;   // that character was a line feed: the next one starts a line
 };
 
 bool is_letter(char c)
@@ -92,7 +94,12 @@ bool is_attribute_name_char(char c)
 
 int next_char(xml_parser* parser, char* c)
 {
-    return reader_read(&parser->reader, c, 1, 1);
+    if (!reader_read(&parser->reader, c, 1, 1))
+        return 0;
+    if (parser->line_ended)
+        ++parser->line;
+    parser->line_ended = *c == '\n';
+    return 1;
 }
 
 int skip_past(xml_parser* parser, char wanted)
@@ -258,17 +265,24 @@ int free_subtree(xml_node* node)
 
 } // namespace
 
+int32_t xml_error_line;
+
 int xml_load_file(xml_document* document, const char* filename)
 {
     document->node_count = 0;
     document->nodes = nullptr;
+    xml_error_line = 0;
     xml_parser parser;
+    parser.line = 1;
+    parser.line_ended = false;
     if (!reader_open_file(&parser.reader, filename, XML_READ_BUFFER))
         return 0;
     int ok = read_document(&parser, document);
     reader_close_file(&parser.reader);
-    if (!ok)
+    if (!ok) {
+        xml_error_line = parser.line;
         xml_free_document(document); // nobody reads a half-built tree; give its blocks back
+    }
     return ok;
 }
 

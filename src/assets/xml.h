@@ -33,6 +33,9 @@ struct xml_document {
 
 // 1 when the whole file parsed; 0 when it cannot be opened or breaks a rule (the document is then empty).
 int xml_load_file(xml_document* document, const char* filename);
+// After xml_load_file gave 0: the line (from 1) on which the rule was broken, or 0 when the file
+// could not be opened. Nothing is reported by the game; the data checker points modders there.
+extern int32_t xml_error_line;
 
 // Releases every block of the tree; 1, or 0 as soon as the heap refuses a release.
 int xml_free_document(xml_document* document);

@@ -22,20 +22,8 @@ protected:
         return collision_tree_load(&tree, "tree.bsp");
     }
 
-    // The walk that rooms rely on: inside when a front leaf is reached.
-    int inside(float x, float y, float z) const
-    {
-        int32_t node = 0;
-        for (int step = 0; step < 254; ++step) {
-            const bsp_node& n = tree.nodes[node];
-            bool front = n.plane.a * x + n.plane.b * y + n.plane.c * z - n.plane.d >= 0.0f;
-            int32_t child = front ? n.front : n.back;
-            if (child == 0)
-                return front ? 1 : 0;
-            node = child;
-        }
-        return 0;
-    }
+    // The walk that rooms rely on, from node 0: 1 inside, 0 outside.
+    int inside(float x, float y, float z) const { return find_point_area(&tree, 0, {x, y, z}) > 0 ? 1 : 0; }
 
     collision_tree tree = {};
 };
@@ -112,4 +100,39 @@ TEST_F(collision_tree_test, child_outside_the_tree_fails)
 TEST_F(collision_tree_test, missing_file_fails)
 {
     EXPECT_EQ(collision_tree_load(&tree, "nowhere.bsp"), 0);
+}
+
+TEST_F(collision_tree_test, point_area_counts_the_nodes_visited)
+{
+    // Node 0 (x >= 0) leads to node 1 (x <= 4), whose front is open space.
+    ASSERT_EQ(load("PLANES 2\nNODES 2\n1 0 0 0\n-1 0 0 -4\n0 1 0\n1 0 0\n"), 1);
+    EXPECT_EQ(find_point_area(&tree, 0, {2.0f, 0.0f, 0.0f}), 2);
+    EXPECT_EQ(find_point_area(&tree, 1, {2.0f, 0.0f, 0.0f}), 1); // a room may start lower in the tree
+    EXPECT_EQ(find_point_area(&tree, 1, {-9.0f, 0.0f, 0.0f}), 1);
+    EXPECT_EQ(find_point_area(&tree, 0, {5.0f, 0.0f, 0.0f}), 0);
+}
+
+TEST_F(collision_tree_test, point_area_gives_up_at_the_255th_step)
+{
+    // A chain of n nodes whose last one has an open front: every point in front of them all is
+    // inside after n steps; a chain that loops back on itself never ends and counts as outside.
+    auto chain = [](int nodes, int last_front) {
+        std::string text = "PLANES 1\nNODES " + std::to_string(nodes) + "\n1 0 0 0\n";
+        for (int i = 0; i < nodes; ++i)
+            text += "0 " + std::to_string(i + 1 < nodes ? i + 1 : last_front) + " 0\n";
+        return text;
+    };
+    ASSERT_EQ(load(chain(254, 0)), 1);
+    EXPECT_EQ(find_point_area(&tree, 0, {1.0f, 0.0f, 0.0f}), 254);
+    ASSERT_EQ(load(chain(255, 0)), 1);
+    EXPECT_EQ(find_point_area(&tree, 0, {1.0f, 0.0f, 0.0f}), 0);
+    ASSERT_EQ(load(chain(3, 1)), 1);
+    EXPECT_EQ(find_point_area(&tree, 0, {1.0f, 0.0f, 0.0f}), 0);
+}
+
+TEST_F(collision_tree_test, point_area_of_a_root_outside_the_tree_is_outside)
+{
+    ASSERT_EQ(load("PLANES 1\nNODES 1\n1 0 0 0\n0 0 0\n"), 1);
+    EXPECT_EQ(find_point_area(&tree, 1, {1.0f, 0.0f, 0.0f}), 0);
+    EXPECT_EQ(find_point_area(&tree, -1, {1.0f, 0.0f, 0.0f}), 0);
 }

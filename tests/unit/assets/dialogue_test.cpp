@@ -174,3 +174,38 @@ TEST_F(dialogue_test, allocation_failure_while_indexing_fails_and_releases_the_t
     EXPECT_TRUE(loaded);
     EXPECT_GE(failures, 2); // the text block and the entry list
 }
+
+TEST_F(dialogue_test, entries_are_told_apart_by_their_text)
+{
+    int32_t index = load("kinds.txt", "Guard:\n if state.x == 1:\n else:\n > \"Yes\":\n \"Hello\"\n @Guard\n state.x = 2\n"
+                                      "   \n");
+    ASSERT_GE(index, 0);
+    const dialogue* d = registry_at<dialogue>(&dialogues, index);
+    std::vector<dialogue_entry_kind> kinds;
+    for (int32_t i = 0; i < d->entry_count; ++i)
+        kinds.push_back(dialogue_entry_kind_of(d, i));
+    std::vector<dialogue_entry_kind> expected = {DIALOGUE_LABEL,  DIALOGUE_CONDITION, DIALOGUE_ELSE,
+                                                 DIALOGUE_ANSWER, DIALOGUE_TEXT,      DIALOGUE_JUMP,
+                                                 DIALOGUE_STATEMENT, DIALOGUE_STATEMENT};
+    EXPECT_EQ(kinds, expected);
+}
+
+TEST_F(dialogue_test, block_level_is_the_indent_of_the_entry_after_its_parent)
+{
+    int32_t index = load("levels.txt", "  Start:\n    Deeper:\n  Last\n");
+    ASSERT_GE(index, 0);
+    const dialogue* d = registry_at<dialogue>(&dialogues, index);
+    EXPECT_EQ(dialogue_block_level(d, -1), 2); // the top takes the first entry's
+    EXPECT_EQ(dialogue_block_level(d, 0), 4);
+    EXPECT_EQ(dialogue_block_level(d, 1), 2);
+    EXPECT_EQ(dialogue_block_level(d, 2), -1); // nothing follows
+}
+
+TEST_F(dialogue_test, jump_to_the_label_end_goes_to_the_first_entry_ending_in_a_colon_that_begins_so)
+{
+    int32_t index = load("jumps.txt", "@end\n@nowhere\nendless:\nend:\n");
+    ASSERT_GE(index, 0);
+    const dialogue* d = registry_at<dialogue>(&dialogues, index);
+    EXPECT_EQ(dialogue_jump_target(d, 0), 2);
+    EXPECT_EQ(dialogue_jump_target(d, 1), -1);
+}

@@ -112,6 +112,16 @@ TEST_F(scene_test, portal_without_a_partner_fails)
     EXPECT_EQ(portal_at(0)->target_room, -1);
 }
 
+TEST_F(scene_test, every_portal_without_a_partner_is_left_unlinked)
+{
+    EXPECT_EQ(load(portal_element(EAST_SIDE) + portal_element("5,0,0 5,0,1 5,1,1 5,1,0") + "<room bsp_node=\"1\">\n" +
+                   portal_element(WEST_SIDE) + "</room>\n"),
+              0);
+    EXPECT_EQ(portal_at(0)->target_room, 1);
+    EXPECT_EQ(portal_at(1)->target_room, -1);
+    EXPECT_EQ(portal_at(2)->target_room, 0);
+}
+
 TEST_F(scene_test, partner_with_a_corner_more_than_0_01_away_fails)
 {
     EXPECT_EQ(load(portal_element(EAST_SIDE) + "<room bsp_node=\"1\">\n" + portal_element("0,1.02,0 0,1,1 0,0,1 0,0,0") +

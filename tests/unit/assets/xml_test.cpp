@@ -42,6 +42,7 @@ TEST(xml_load_file, missing_file_fails)
 {
     xml_document document;
     EXPECT_EQ(xml_load_file(&document, (test_folder() + "/none.xml").c_str()), 0);
+    EXPECT_EQ(xml_error_line, 0); // no line to point at
 }
 
 TEST(xml_load_file, empty_element_with_one_attribute)
@@ -170,6 +171,15 @@ TEST(xml_load_file, second_top_level_element_is_kept)
 TEST(xml_load_file, stray_end_tag_fails)
 {
     EXPECT_EQ(parsed("</a>").result, 0);
+}
+
+TEST(xml_load_file, failure_tells_the_line_where_the_rule_was_broken)
+{
+    EXPECT_EQ(parsed("<a>\n  <b x=\"1\"/>\n  <c y=\"2\"></d>\n</a>\n").result, 0);
+    EXPECT_EQ(xml_error_line, 3);
+    // A line break inside a start tag belongs to the line it ends.
+    EXPECT_EQ(parsed("<!-- one -->\n<room name=\"hall\"\n model=\"m\"></room>").result, 0);
+    EXPECT_EQ(xml_error_line, 2);
 }
 
 TEST(xml_load_file, file_ending_inside_a_tag_fails)
