@@ -1,0 +1,90 @@
+// The game's start-up, step by step in its own order, with its own loaders: the two fonts, the
+// fallback texture, the six sky textures, the empty model and animation, the fixed sounds, the
+// empty item, items.xml and scene.xml. The game stops at the first step that fails; the checker
+// goes on, to find every problem, and says at the end where the game would stop.
+#include "startup_check.h"
+
+#include <stdio.h>
+
+#include <filesystem>
+
+#include "assets/animation.h"
+#include "assets/item.h"
+#include "assets/model.h"
+#include "assets/scene.h"
+#include "assets/texture.h"
+#include "assets/world.h"
+#include "checks.h"
+#include "ui/font.h"
+
+namespace {
+
+const char* const FONT_FILES[] = {"gloamhold_data/fonts/font_system.fnt", "gloamhold_data/fonts/font_dialogue.fnt"};
+
+const char* const SKY_TEXTURES[] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
+                                    "sky_night04.png", "sky_night05.png", "sky_night06.png"};
+
+// In the order the game loads them: doors, then four footsteps per material, a landing per
+// material, then hurt, death and climb.
+const char* const STARTUP_SOUNDS[] = {
+    "door_opening.wav",      "door_closing.wav",      "door_locked.wav",       "door_unlock.wav",
+    "pl_step_stone01.wav",   "pl_step_stone02.wav",   "pl_step_stone03.wav",   "pl_step_stone04.wav",
+    "pl_step_ground01.wav",  "pl_step_ground02.wav",  "pl_step_ground03.wav",  "pl_step_ground04.wav",
+    "pl_step_wood01.wav",    "pl_step_wood02.wav",    "pl_step_wood03.wav",    "pl_step_wood04.wav",
+    "pl_step_metal01.wav",   "pl_step_metal02.wav",   "pl_step_metal03.wav",   "pl_step_metal04.wav",
+    "pl_step_carpet01.wav",  "pl_step_carpet02.wav",  "pl_step_carpet03.wav",  "pl_step_carpet04.wav",
+    "pl_step_ceramic01.wav", "pl_step_ceramic02.wav", "pl_step_ceramic03.wav", "pl_step_ceramic04.wav",
+    "pl_land_stone01.wav",   "pl_land_ground01.wav",  "pl_land_wood01.wav",    "pl_land_metal01.wav",
+    "pl_land_carpet01.wav",  "pl_land_ceramic01.wav", "pl_hurt01.wav",         "pl_death01.wav",
+    "pl_climb01.wav",
+};
+static_assert(sizeof STARTUP_SOUNDS / sizeof STARTUP_SOUNDS[0] == 37, "the game loads 37 sounds at start-up");
+
+std::string first_failure; // the step at which the game would stop, empty while none failed
+
+void step_done(bool ok, const std::string& step)
+{
+    if (!ok && first_failure.empty())
+        first_failure = step;
+}
+
+// A texture or sound that the game loads by itself, not because the data names it.
+bool startup_asset(int32_t (*check)(const std::string&, const data_reference&), const char* folder,
+                   const char* role, const std::string& name)
+{
+    std::string path = asset_file(folder, name);
+    if (!std::filesystem::is_regular_file(path)) {
+        report_problem(path, 0, "missing: the game loads this %s at start-up and cannot start without it", role);
+        return false;
+    }
+    return check(name, {"", 0}) >= 0;
+}
+
+} // namespace
+
+void check_startup()
+{
+    create_player();
+    for (const char* font_file : FONT_FILES)
+        step_done(check_font(font_file) != 0, font_file);
+    step_done(make_fallback_texture() >= 0, "the fallback texture");
+    for (const char* sky : SKY_TEXTURES)
+        step_done(startup_asset(check_texture, FOLDER_TEXTURES, "sky texture", sky), asset_file(FOLDER_TEXTURES, sky));
+    step_done(registry_claim(&models) == 0 && registry_claim(&animations) == 0, "the empty model and animation");
+    for (const char* sound : STARTUP_SOUNDS)
+        step_done(startup_asset(check_sound, FOLDER_SOUNDS, "sound", sound), asset_file(FOLDER_SOUNDS, sound));
+    step_done(registry_claim(&items) == 0, "the empty item");
+    const char* items_file = "gloamhold_data/items.xml";
+    const char* scene_file = "gloamhold_data/scene.xml";
+    int items_loaded = load_items(items_file);
+    check_items(items_file, items_loaded);
+    step_done(items_loaded != 0, items_file);
+    int scene_loaded = load_scene(scene_file);
+    check_scene(scene_file, scene_loaded);
+    step_done(scene_loaded != 0, scene_file);
+}
+
+std::string startup_stop()
+{
+    return first_failure;
+}
