@@ -254,7 +254,7 @@ TEST_F(check_test, pickup_naming_an_unknown_item_is_named)
 
 TEST_F(check_test, dialogue_that_offers_no_answer_at_its_top_is_named)
 {
-    plant("dialogues/maud.dlg", "Maud:\n\t\"Soup, dear?\"\n\t> \"Yes.\":\n\t\t\"Here.\"\n");
+    plant("dialogues/maud.dlg", "Maud:\n\tstate.maud_hint = given\n\t\"Soup, dear?\"\n\t> \"Yes.\":\n\t\t\"Here.\"\n");
     expect_only("gloamhold_data/dialogues/maud.dlg: offers no answer at its top level, so it never opens");
 }
 
@@ -337,4 +337,42 @@ TEST_F(check_test, bad_arguments_exit_with_2)
     EXPECT_EQ(run("--frobnicate").status, 2);
     EXPECT_EQ(run("no_such_directory").status, 2);
     EXPECT_EQ(run("--help").status, 0);
+}
+
+TEST_F(check_test, text_neither_ascii_nor_cyrillic_is_named)
+{
+    // A typographic quote: the game decodes only Cyrillic letters from UTF-8 and maps it onto another.
+    plant("dialogues/probe.dlg", "> \"Yes.\":\n\t\"So you say \xE2\x80\x9Cyes\xE2\x80\x9D.\"\n");
+    expect_only("gloamhold_data/dialogues/probe.dlg:2: the bytes E2 80 are neither ASCII nor Cyrillic: the game draws "
+                "character 0xB0 for them");
+}
+
+TEST_F(check_test, character_the_dialogue_font_lacks_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Yes\x7F.\":\n");
+    expect_only("gloamhold_data/dialogues/probe.dlg:1: character 0x7F is not in the dialogue font: it is not drawn");
+}
+
+TEST_F(check_test, placeholder_naming_a_variable_no_dialogue_sets_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Ask.\":\n\tstate.asked = yes\n\t\"You asked {state.askd} times.\"\n"
+                                 "\tif state.answred == yes:\n\t\t\"Again?\"\n");
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:3: placeholder {state.askd} names a variable no dialogue sets: "
+                    "it shows \"<?>\"",
+                    "gloamhold_data/dialogues/probe.dlg:4: the condition tests state.answred, which no dialogue sets"});
+}
+
+TEST_F(check_test, more_than_eight_answers_at_once_are_named)
+{
+    std::string talk;
+    for (int i = 1; i <= 9; ++i)
+        talk += "> \"Answer " + std::to_string(i) + ".\":\n";
+    plant("dialogues/probe.dlg", talk);
+    expect_only("gloamhold_data/dialogues/probe.dlg:9: more than 8 answers at once: the box offers at most 8");
+}
+
+TEST_F(check_test, light_without_a_radius_is_named)
+{
+    int line = replace("scene.xml", "radius=\"24\"", "radius=\"0\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the light has no radius above 0: it lights nothing");
 }

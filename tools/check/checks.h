@@ -21,8 +21,15 @@ int32_t check_model(const std::string& name, const data_reference& from);
 int32_t check_animation(const std::string& name, const data_reference& from);
 int32_t check_dialogue(const std::string& name, const data_reference& from);
 
-// A font file, by path: 1 when the game loads it.
-int check_font(const std::string& path);
+struct font;
+
+// A font file, loaded into `record` as the game loads it: 1 when it loads.
+int check_font(const std::string& path, font* record);
+// The first problem with drawing text[0, length) in a font: bytes that are neither ASCII nor
+// Cyrillic UTF-8 (the game maps them onto other letters), or a character the font has no glyph
+// for (unless the font has none at all: it failed to load, which is reported already). Empty
+// when there is none.
+std::string text_problem(const font* face, const char* font_name, const char* text, size_t length);
 
 // How each kind of file is read again for its problems: true when the game's rules let it load
 // (problems that the game lets pass, such as an unknown material, are reported all the same).
@@ -43,3 +50,5 @@ bool some_key_opens(int32_t lock);
 
 // Every file of the data folders that nothing named (the game does not load those).
 void check_unnamed_files();
+// Across all dialogues loaded: state variables that are shown or tested but that no dialogue sets.
+void check_dialogue_variables();

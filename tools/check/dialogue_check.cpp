@@ -1,11 +1,13 @@
 // Dialogues, as the game indexed them: whether the top level can offer an answer at all (a
 // dialogue that offers none never opens), jumps that find no label, blocks with more answers than
-// the box can offer, and answers with nothing to show.
+// the box can offer, answers with nothing to show, characters the dialogue font lacks, and state
+// variables that are shown or tested but never set.
 #include <set>
 #include <vector>
 
 #include "assets/dialogue.h"
 #include "checks.h"
+#include "ui/font.h"
 
 namespace {
 
@@ -77,13 +79,100 @@ std::vector<int32_t> answers_of_block(const dialogue* record, int32_t parent)
     return answers;
 }
 
-bool has_quoted_text(const dialogue* record, int32_t entry)
+std::string entry_text(const dialogue* record, int32_t entry)
 {
     const dialogue_entry& e = record->entries[entry];
-    int quotes = 0;
-    for (uint32_t i = e.start; i < e.end; ++i)
-        quotes += record->text[i] == '"';
-    return quotes >= 2;
+    return std::string(record->text + e.start, record->text + e.end);
+}
+
+// What a text line or an answer shows: the text between its first two double quotes, which must be there.
+bool quoted_part(const std::string& text, std::string* shown)
+{
+    size_t open = text.find('"');
+    size_t close = open == std::string::npos ? open : text.find('"', open + 1);
+    if (close == std::string::npos)
+        return false;
+    *shown = text.substr(open + 1, close - open - 1);
+    return true;
+}
+
+// The placeholders "{...}" of a shown text (one left open runs to the end), and the text without them.
+std::vector<std::string> placeholders_of(const std::string& shown, std::string* plain)
+{
+    std::vector<std::string> found;
+    plain->clear();
+    for (size_t i = 0; i < shown.size(); ++i) {
+        if (shown[i] != '{') {
+            *plain += shown[i];
+            continue;
+        }
+        size_t close = shown.find('}', i);
+        size_t end = close == std::string::npos ? shown.size() : close;
+        found.push_back(shown.substr(i + 1, end - i - 1));
+        i = end;
+    }
+    return found;
+}
+
+void check_shown_text(const std::string& path, const dialogue* record, int32_t entry)
+{
+    std::string shown, plain;
+    if (!quoted_part(entry_text(record, entry), &shown)) {
+        if (dialogue_entry_kind_of(record, entry) == DIALOGUE_ANSWER)
+            report_problem(path, entry_line(record, entry), "the answer has no text between double quotes to show");
+        return;
+    }
+    placeholders_of(shown, &plain);
+    std::string drawing = text_problem(&font_dialogue, "dialogue font", plain.c_str(), plain.size());
+    if (!drawing.empty())
+        report_problem(path, entry_line(record, entry), "%s", drawing.c_str());
+}
+
+// A statement or condition split as the game splits it: up to three tokens, blanks between the
+// first two, the third the whole rest.
+std::vector<std::string> statement_tokens(const std::string& text)
+{
+    std::vector<std::string> tokens;
+    size_t i = 0;
+    while (i < text.size() && tokens.size() < 3) {
+        while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
+            ++i;
+        if (i >= text.size())
+            break;
+        size_t end = tokens.size() == 2 ? text.size() : text.find_first_of(" \t", i);
+        if (end == std::string::npos)
+            end = text.size();
+        tokens.push_back(text.substr(i, end - i));
+        i = end;
+    }
+    return tokens;
+}
+
+const char* const STATE_PREFIX = "state.";
+
+// The variable a token names ("state.<name>", or "!state.<name>" when `negation_allowed`), else "".
+std::string variable_of(const std::string& token, bool negation_allowed)
+{
+    size_t from = negation_allowed && !token.empty() && token[0] == '!' ? 1 : 0;
+    if (token.compare(from, 6, STATE_PREFIX) != 0)
+        return "";
+    return token.substr(from + 6);
+}
+
+struct loaded_dialogue {
+    std::string path;
+    const dialogue* record;
+};
+
+std::vector<loaded_dialogue> every_loaded_dialogue()
+{
+    std::vector<loaded_dialogue> all;
+    for (int32_t i = 0; i < asset_names.count; ++i) {
+        const asset_name& entry = asset_names.entries[i];
+        if (entry.kind == ASSET_DIALOGUE && registry_in_use(&dialogues, entry.index))
+            all.push_back({asset_file(FOLDER_DIALOGUES, entry.name), registry_at<dialogue>(&dialogues, entry.index)});
+    }
+    return all;
 }
 
 } // namespace
@@ -115,8 +204,54 @@ bool inspect_dialogue(const std::string& path, int32_t index)
             report_problem(path, entry_line(record, i), "the jump finds no label \"%.*s:\", so its block ends here",
                            static_cast<int>(record->entries[i].end - record->entries[i].start - 1),
                            record->text + record->entries[i].start + 1);
-        if (kind == DIALOGUE_ANSWER && !has_quoted_text(record, i))
-            report_problem(path, entry_line(record, i), "the answer has no text between double quotes to show");
+        if (kind == DIALOGUE_ANSWER || kind == DIALOGUE_TEXT)
+            check_shown_text(path, record, i);
     }
     return true;
+}
+
+void check_dialogue_variables()
+{
+    std::vector<loaded_dialogue> all = every_loaded_dialogue();
+    std::set<std::string> set_somewhere;
+    for (const loaded_dialogue& d : all)
+        for (int32_t i = 0; i < d.record->entry_count; ++i) {
+            if (dialogue_entry_kind_of(d.record, i) != DIALOGUE_STATEMENT)
+                continue;
+            std::vector<std::string> tokens = statement_tokens(entry_text(d.record, i));
+            if (tokens.size() == 3 && tokens[1] == "=" && !variable_of(tokens[0], false).empty())
+                set_somewhere.insert(variable_of(tokens[0], false));
+        }
+    for (const loaded_dialogue& d : all)
+        for (int32_t i = 0; i < d.record->entry_count; ++i) {
+            std::string text = entry_text(d.record, i);
+            int32_t line = entry_line(d.record, i);
+            switch (dialogue_entry_kind_of(d.record, i)) {
+            case DIALOGUE_TEXT: {
+                std::string shown, plain;
+                if (!quoted_part(text, &shown))
+                    break;
+                for (const std::string& placeholder : placeholders_of(shown, &plain)) {
+                    std::string name = variable_of(placeholder, false);
+                    if (name.empty())
+                        report_problem(d.path, line, "placeholder {%s} is not {state.<name>}: it shows \"<?>\"",
+                                       placeholder.c_str());
+                    else if (!set_somewhere.count(name))
+                        report_problem(d.path, line, "placeholder {%s} names a variable no dialogue sets: it shows "
+                                       "\"<?>\"", placeholder.c_str());
+                }
+                break;
+            }
+            case DIALOGUE_CONDITION: {
+                // The condition stands between "if " and the final ":".
+                std::vector<std::string> tokens = statement_tokens(text.substr(3, text.size() - 4));
+                std::string name = tokens.empty() ? "" : variable_of(tokens[0], tokens.size() == 1);
+                if (!name.empty() && !set_somewhere.count(name))
+                    report_problem(d.path, line, "the condition tests state.%s, which no dialogue sets", name.c_str());
+                break;
+            }
+            default:
+                break;
+            }
+        }
 }

@@ -9,6 +9,7 @@
 #include "core/numbers.h"
 #include "core/text.h"
 #include "checks.h"
+#include "ui/font.h"
 #include "xml_lines.h"
 
 static std::set<std::string> declared_keys;
@@ -56,6 +57,9 @@ bool check_item(items_walk* walk, const xml_node* item)
                        static_cast<int>(strlen(name)), ITEM_NAME_CAPACITY - 1);
         readable = false;
     }
+    std::string drawing = name ? text_problem(&font_system, "system font", name, strlen(name)) : "";
+    if (!drawing.empty())
+        report_problem(path, line, "name: %s", drawing.c_str());
     const char* model = xml_attribute_value(item, "model");
     if (model)
         check_model(model, {path, line}); // the game shows an empty model instead: no failure

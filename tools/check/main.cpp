@@ -79,6 +79,7 @@ int main(int argc, char** argv)
     }
     check_startup();
     check_unnamed_files();
+    check_dialogue_variables();
     if (!link_folder.empty())
         fs::remove_all(link_folder, error);
 

@@ -149,12 +149,9 @@ bool inspect_font_file(file_reader* reader, const std::string& path)
 
 } // namespace
 
-int check_font(const std::string& path)
+int check_font(const std::string& path, font* record)
 {
-    font loaded;
-    int ok = font_load(&loaded, path.c_str());
-    if (ok)
-        platform_heap_free(loaded.bitmaps);
+    int ok = font_load(record, path.c_str());
     file_reader reader;
     if (!reader_open_file(&reader, path.c_str(), 4096)) {
         report_problem(path, 0, "missing: the game cannot start without its two fonts");
@@ -165,4 +162,42 @@ int check_font(const std::string& path)
     if (!ok && clean)
         report_problem(path, 0, "the game cannot load this font (the checker found no reason)");
     return ok;
+}
+
+static bool has_glyph(const glyph& g)
+{
+    return g.advance != 0 || g.width != 0;
+}
+
+// The two-byte sequences that are the letters the fonts are made for: Cyrillic А to я, Ё and ё.
+static bool is_cyrillic(uint8_t lead, uint8_t next)
+{
+    if (lead == 0xD0)
+        return next == 0x81 || (next >= 0x90 && next <= 0xBF);
+    return lead == 0xD1 && ((next >= 0x80 && next <= 0x8F) || next == 0x91);
+}
+
+std::string text_problem(const font* face, const char* font_name, const char* text, size_t length)
+{
+    bool any = false;
+    for (const glyph& g : face->glyphs)
+        any = any || has_glyph(g);
+    std::string terminated(text, length);
+    int32_t position = 0;
+    while (static_cast<size_t>(position) < terminated.size()) {
+        int32_t start = position;
+        uint8_t code = decode_character(terminated.c_str(), &position);
+        if (code == 0)
+            break;
+        uint8_t lead = static_cast<uint8_t>(terminated[static_cast<size_t>(start)]);
+        if (position - start == 2 && !is_cyrillic(lead, static_cast<uint8_t>(terminated[static_cast<size_t>(start + 1)])))
+            return text_of("the bytes %02X %02X are neither ASCII nor Cyrillic: the game draws character 0x%02X for them",
+                           lead, static_cast<uint8_t>(terminated[static_cast<size_t>(start + 1)]), code);
+        if (!any || has_glyph(face->glyphs[code]))
+            continue;
+        if (code >= 0x20 && code < 0x7F)
+            return text_of("character \"%c\" is not in the %s: it is not drawn", code, font_name);
+        return text_of("character 0x%02X is not in the %s: it is not drawn", code, font_name);
+    }
+    return "";
 }

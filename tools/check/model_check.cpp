@@ -11,9 +11,15 @@ bool index_within(int32_t index, int32_t count)
     return index >= 0 && index < count;
 }
 
-bool range_within(int32_t first, int32_t end, int32_t count)
+// A run [first, end) of `count` things, such as a subset's triangles; reported when it does not fit.
+bool run_fits(data_lines* file, const char* what, int32_t i, const char* things, int32_t first, int32_t end,
+              int32_t count)
 {
-    return first >= 0 && first <= end && end <= count;
+    if (first >= 0 && first <= end && end <= count)
+        return true;
+    report_problem(file->path, file->number, "%s %d covers %s %d to %d, but there are %d", what, i, things, first, end,
+                   count);
+    return false;
 }
 
 // `count` lines of three point indices, e.g. the triangles or the collision triangles.
@@ -92,22 +98,25 @@ bool read_subsets(data_lines* file, int32_t subset_count, int32_t triangle_count
         if (!scan_data_line(file, false, text_of("subset %d (texture first end)", i), 3, "%99s %i %i", name, &first,
                             &end))
             return false;
-        if (!range_within(first, end, triangle_count)) {
-            report_problem(file->path, file->number, "subset %d covers triangles %d to %d, but the model has %d", i, first,
-                           end, triangle_count);
+        if (!run_fits(file, "subset", i, "triangles", first, end, triangle_count))
             return false;
-        }
         // No error for the game, which draws the subset with the fallback texture; a modder wants to know.
         check_texture(name, {file->path, file->number});
     }
     return true;
 }
 
+// The header of the collision or occlusion triangles and the triangles themselves.
+bool read_triangle_section(data_lines* file, const char* header, const char* what, int32_t point_count,
+                           int32_t* triangle_count)
+{
+    return read_header(file, header, triangle_count) && read_triangles(file, what, *triangle_count, point_count);
+}
+
 bool read_colliders(data_lines* file, int32_t collider_count, int32_t point_count)
 {
     int32_t triangle_count;
-    if (!read_header(file, "COLLISION_TRIANGLES ", &triangle_count) ||
-        !read_triangles(file, "collision triangle", triangle_count, point_count))
+    if (!read_triangle_section(file, "COLLISION_TRIANGLES ", "collision triangle", point_count, &triangle_count))
         return false;
     for (int32_t i = 0; i < collider_count; ++i) {
         char material[TEXT_FILE_LINE_CAPACITY];
@@ -115,11 +124,8 @@ bool read_colliders(data_lines* file, int32_t collider_count, int32_t point_coun
         if (!scan_data_line(file, false, text_of("collider %d (material first end)", i), 3, "%199s %i %i", material,
                             &first, &end))
             return false;
-        if (!range_within(first, end, triangle_count)) {
-            report_problem(file->path, file->number, "collider %d covers collision triangles %d to %d, but there are %d",
-                           i, first, end, triangle_count);
+        if (!run_fits(file, "collider", i, "collision triangles", first, end, triangle_count))
             return false;
-        }
         if (material_from_name(material) < 0)
             report_problem(file->path, file->number, "unknown material \"%s\": it walks and sounds like stone", material);
     }
@@ -129,18 +135,14 @@ bool read_colliders(data_lines* file, int32_t collider_count, int32_t point_coun
 bool read_occluders(data_lines* file, int32_t occluder_count, int32_t point_count)
 {
     int32_t triangle_count;
-    if (!read_header(file, "OCCLUSION_TRIANGLES ", &triangle_count) ||
-        !read_triangles(file, "occlusion triangle", triangle_count, point_count))
+    if (!read_triangle_section(file, "OCCLUSION_TRIANGLES ", "occlusion triangle", point_count, &triangle_count))
         return false;
     for (int32_t i = 0; i < occluder_count; ++i) {
         int32_t first, end;
         if (!scan_data_line(file, false, text_of("occluder %d (first end)", i), 2, "%i %i", &first, &end))
             return false;
-        if (!range_within(first, end, triangle_count)) {
-            report_problem(file->path, file->number, "occluder %d covers occlusion triangles %d to %d, but there are %d",
-                           i, first, end, triangle_count);
+        if (!run_fits(file, "occluder", i, "occlusion triangles", first, end, triangle_count))
             return false;
-        }
     }
     return true;
 }

@@ -19,7 +19,12 @@
 
 namespace {
 
-const char* const FONT_FILES[] = {"gloamhold_data/fonts/font_system.fnt", "gloamhold_data/fonts/font_dialogue.fnt"};
+struct game_font {
+    const char* path;
+    font* record;
+};
+const game_font FONTS[] = {{"gloamhold_data/fonts/font_system.fnt", &font_system},
+                           {"gloamhold_data/fonts/font_dialogue.fnt", &font_dialogue}};
 
 const char* const SKY_TEXTURES[] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
                                     "sky_night04.png", "sky_night05.png", "sky_night06.png"};
@@ -65,8 +70,8 @@ bool startup_asset(int32_t (*check)(const std::string&, const data_reference&), 
 void check_startup()
 {
     create_player();
-    for (const char* font_file : FONT_FILES)
-        step_done(check_font(font_file) != 0, font_file);
+    for (const game_font& face : FONTS)
+        step_done(check_font(face.path, face.record) != 0, face.path);
     step_done(make_fallback_texture() >= 0, "the fallback texture");
     for (const char* sky : SKY_TEXTURES)
         step_done(startup_asset(check_texture, FOLDER_TEXTURES, "sky texture", sky), asset_file(FOLDER_TEXTURES, sky));
