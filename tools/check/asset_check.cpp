@@ -1,7 +1,5 @@
 // Checking a named asset: the reference first (can the name be registered, is the file there),
 // then the game's loader, then the file read again; each file once.
-#include <stdio.h>
-
 #include <filesystem>
 #include <map>
 

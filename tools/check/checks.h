@@ -37,7 +37,7 @@ bool inspect_texture(const std::string& name, const std::string& path);
 bool inspect_sound(const std::string& name, const std::string& path);
 bool inspect_model(const std::string& path);
 bool inspect_animation(const std::string& path);
-bool inspect_dialogue(const std::string& path, int32_t index);
+bool inspect_dialogue(const std::string& path, int32_t index); // the game's record, -1 when it failed
 bool inspect_collision_tree(const std::string& path);
 
 // The two XML files, after the game has loaded them (`loaded` is what its loader said).

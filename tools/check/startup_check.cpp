@@ -4,8 +4,6 @@
 // goes on, to find every problem, and says at the end where the game would stop.
 #include "startup_check.h"
 
-#include <stdio.h>
-
 #include <filesystem>
 
 #include "assets/animation.h"
@@ -45,12 +43,19 @@ const char* const STARTUP_SOUNDS[] = {
 };
 static_assert(sizeof STARTUP_SOUNDS / sizeof STARTUP_SOUNDS[0] == 37, "the game loads 37 sounds at start-up");
 
-std::string first_failure; // the step at which the game would stop, empty while none failed
+std::string first_failure;    // the step at which the game would stop, empty while none failed
+int32_t problems_before_step; // problems reported before the step now ending
 
+// The end of one step of the start-up. The step where the game would stop always leaves a problem
+// in the report (later steps fail too when they need what failed: the game never gets there).
 void step_done(bool ok, const std::string& step)
 {
-    if (!ok && first_failure.empty())
+    if (!ok && first_failure.empty()) {
+        if (problem_count() == problems_before_step)
+            report_problem(step, 0, "the game's start-up fails here (the checker found no reason)");
         first_failure = step;
+    }
+    problems_before_step = problem_count();
 }
 
 // A texture or sound that the game loads by itself, not because the data names it.
@@ -69,7 +74,7 @@ bool startup_asset(int32_t (*check)(const std::string&, const data_reference&), 
 
 void check_startup()
 {
-    create_player();
+    step_done(create_player() != 0, "the player object");
     for (const game_font& face : FONTS)
         step_done(check_font(face.path, face.record) != 0, face.path);
     step_done(make_fallback_texture() >= 0, "the fallback texture");
