@@ -376,3 +376,20 @@ TEST_F(check_test, light_without_a_radius_is_named)
     int line = replace("scene.xml", "radius=\"24\"", "radius=\"0\"");
     expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the light has no radius above 0: it lights nothing");
 }
+
+TEST_F(check_test, room_whose_space_another_room_claims_first_is_named)
+{
+    // The room after the hall takes the hall's box and tree node: the camera always finds the hall.
+    const std::string hall = "box=\"-4.6,-4,10 4.6,0,20.4\" bsp_node=\"6\"";
+    std::string scene = read_text(data("scene.xml"));
+    size_t hall_at = scene.find(hall);
+    ASSERT_NE(hall_at, std::string::npos);
+    size_t next_room = scene.find("<room box=\"", hall_at);
+    size_t attributes_end = scene.find('>', next_room);
+    std::string next_attributes = scene.substr(next_room + 6, attributes_end - next_room - 6);
+    int hall_line = line_of(scene, hall);
+    int line = replace("scene.xml", next_attributes, hall);
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": the room shares open space with the room on line " + std::to_string(hall_line) +
+                ", which the camera finds first");
+}

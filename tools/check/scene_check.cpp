@@ -1,7 +1,7 @@
 // scene.xml: the rooms walked in the game's own order, so that the checker numbers rooms, portals
 // and doors as the loader does and can name the element behind each record; then the loaded world
 // itself: openings described from one side only, rooms whose tree node does not hold their box
-// centre, doors that fill no opening, locks no key opens.
+// centre or whose space another room claims first, doors that fill no opening, locks no key opens.
 #include <stdio.h>
 
 #include <filesystem>
@@ -206,6 +206,21 @@ bool check_tree(scene_walk* walk, const xml_node* scene)
     return true;
 }
 
+// The room the camera takes itself to be in at `point`: the first after the outside whose box
+// holds it (faces included) and whose tree node does too; 0, the outside, when there is none.
+int32_t camera_room_at(vec3 point)
+{
+    for (int32_t r = 1; r < rooms.count; ++r) {
+        const room* candidate = registry_at<room>(&rooms, r);
+        bool in_box = point.x >= candidate->box_min.x && point.x <= candidate->box_max.x &&
+                      point.y >= candidate->box_min.y && point.y <= candidate->box_max.y &&
+                      point.z >= candidate->box_min.z && point.z <= candidate->box_max.z;
+        if (in_box && find_point_area(&scene_tree, candidate->bsp_node, point) > 0)
+            return r;
+    }
+    return 0;
+}
+
 // The world as loaded, when every room, portal and door of the file made it into the registries.
 void check_world(scene_walk* walk, int loaded)
 {
@@ -222,11 +237,20 @@ void check_world(scene_walk* walk, int loaded)
         const room* here = registry_at<room>(&rooms, r);
         vec3 centre = vec3_scale(vec3_add(here->box_min, here->box_max), 0.5f);
         bool root_in_tree = here->bsp_node >= 0 && here->bsp_node < scene_tree.node_count; // else reported
-        if (root_in_tree && find_point_area(&scene_tree, here->bsp_node, centre) == 0)
+        if (!root_in_tree)
+            continue;
+        if (find_point_area(&scene_tree, here->bsp_node, centre) == 0) {
             report_problem(path, walk->room_lines[r],
                            "the centre of the room's box (%g, %g, %g) is not inside its collision-tree node %d",
                            static_cast<double>(centre.x), static_cast<double>(centre.y), static_cast<double>(centre.z),
                            here->bsp_node);
+            continue;
+        }
+        int32_t found = camera_room_at(centre);
+        if (found != r)
+            report_problem(path, walk->room_lines[r],
+                           "the room shares open space with the room on line %d, which the camera finds first",
+                           walk->room_lines[found]);
     }
     for (int32_t d = 0; d < doors.count; ++d) {
         const door* record = registry_at<door>(&doors, d);
