@@ -47,6 +47,13 @@ protected:
         fs::copy(SHIPPED_DATA, folder + "/gloamhold_data", fs::copy_options::recursive);
     }
 
+    // A copy is kept only when its test failed, to look at.
+    void TearDown() override
+    {
+        if (!HasFailure())
+            fs::remove_all(folder);
+    }
+
     std::string data(const std::string& relative) const { return folder + "/gloamhold_data/" + relative; }
 
     // Replaces the first `from` in a data file with `to`; the line where it stood.
