@@ -29,8 +29,9 @@ vec3 normalised(vec3 v)
 }
 
 // The barycentric weights (u along b - a, v along c - a) of p's projection onto the triangle's
-// plane, from the 2x2 system of dot products; 0 when its determinant is too small.
-int barycentric(vec3 p, vec3 a, vec3 b, vec3 c, float* u, float* v)
+// plane, from the 2x2 system of dot products. Returns the system's determinant; the weights are
+// written only when it is not 0, and callers decide how small a determinant they trust.
+float barycentric(vec3 p, vec3 a, vec3 b, vec3 c, float* u, float* v)
 {
     vec3 e1 = vec3_sub(b, a);
     vec3 e2 = vec3_sub(c, a);
@@ -41,11 +42,11 @@ int barycentric(vec3 p, vec3 a, vec3 b, vec3 c, float* u, float* v)
     float dp1 = vec3_dot(ap, e1);
     float dp2 = vec3_dot(ap, e2);
     float det = d11 * d22 - d12 * d12;
-    if (fabsf(det) < COLLISION_EPSILON)
-        return 0;
-    *u = (d22 * dp1 - d12 * dp2) / det;
-    *v = (d11 * dp2 - d12 * dp1) / det;
-    return 1;
+    if (det != 0.0f) {
+        *u = (d22 * dp1 - d12 * dp2) / det;
+        *v = (d11 * dp2 - d12 * dp1) / det;
+    }
+    return det;
 }
 
 int boxes_overlap(const aabb* box, vec3 min, vec3 max)
@@ -299,9 +300,9 @@ int sweep_sphere_triangle(const sphere* body, vec3 direction, float max_distance
     float distance = (vec3_dot(n, a) - vec3_dot(n, body->centre) + body->radius) / approach;
     if (distance > max_distance)
         return 0;
-    vec3 touching = vec3_add(body->centre, vec3_scale(direction, distance));
+    vec3 centre_at_touch = vec3_add(body->centre, vec3_scale(direction, distance));
     float u, v;
-    if (!barycentric(touching, a, b, c, &u, &v))
+    if (fabsf(barycentric(centre_at_touch, a, b, c, &u, &v)) < COLLISION_EPSILON)
         return 0;
     float w = 1.0f - u - v;
     if (w >= 0.0f && u >= 0.0f && v >= 0.0f) {
@@ -334,7 +335,8 @@ int capsule_triangle_contact(const capsule* body, vec3 a, vec3 b, vec3 c, float*
         if (s >= 0.0f && s <= 1.0f) {
             vec3 x = vec3_add(body->start, vec3_scale(axis, s));
             float u, v;
-            if (barycentric(x, a, b, c, &u, &v) && u >= 0.0f && v >= 0.0f && u + v <= 1.0f) {
+            if (fabsf(barycentric(x, a, b, c, &u, &v)) > COLLISION_EPSILON && u >= 0.0f && v >= 0.0f &&
+                u + v <= 1.0f) {
                 *depth = body->radius;
                 *normal = vec3_scale(n, 1.0f / n_length);
                 *point = x;

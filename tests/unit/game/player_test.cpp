@@ -144,7 +144,21 @@ protected:
         motion().vertical_velocity = speed_before_gravity;
     }
 
-    static float horizontal_speed() { return sqrtf(motion().velocity.x * motion().velocity.x + motion().velocity.z * motion().velocity.z); }
+    // Walks forward off the edge of a floor 3 above a lower one, up to the first update in the air.
+    static void walk_off_a_ledge()
+    {
+        floor(MATERIAL_STONE, -20, -20, 20, 1, 0);
+        floor(MATERIAL_STONE, -20, 1, 20, 20, 3);
+        player()->position = {0, 0, 0.5f};
+        press(KEY_W);
+        while (motion().on_ground || player()->position.z < 1)
+            tick();
+    }
+
+    static float horizontal_speed()
+    {
+        return sqrtf(motion().velocity.x * motion().velocity.x + motion().velocity.z * motion().velocity.z);
+    }
 };
 
 // ---- Standing, walking, running ----
@@ -237,12 +251,7 @@ TEST_F(player_test, walking_off_a_ledge_space_within_a_tenth_of_a_second_still_j
 {
     for (int air_ticks : {1, 3}) {
         SetUp();
-        floor(MATERIAL_STONE, -20, -20, 20, 1, 0);
-        floor(MATERIAL_STONE, -20, 1, 20, 20, 3);
-        player()->position = {0, 0, 0.5f};
-        press(KEY_W);
-        while (motion().on_ground || player()->position.z < 1)
-            tick();
+        walk_off_a_ledge();
         ticks(air_ticks - 1);
         ASSERT_EQ(motion().on_ground, 0);
         ASSERT_LT(motion().air_time, 0.1f);
@@ -254,12 +263,7 @@ TEST_F(player_test, walking_off_a_ledge_space_within_a_tenth_of_a_second_still_j
 
 TEST_F(player_test, walking_off_a_ledge_space_after_a_tenth_of_a_second_does_not_jump)
 {
-    floor(MATERIAL_STONE, -20, -20, 20, 1, 0);
-    floor(MATERIAL_STONE, -20, 1, 20, 20, 3);
-    player()->position = {0, 0, 0.5f};
-    press(KEY_W);
-    while (motion().on_ground || player()->position.z < 1)
-        tick();
+    walk_off_a_ledge();
     while (motion().air_time <= 0.1f)
         tick();
     float falling = motion().vertical_velocity;
