@@ -121,3 +121,14 @@ int asset_path(char* buffer, const char* folder, const char* name)
 {
     return string_printf(buffer, ASSET_PATH_CAPACITY, "%s/%s/%s", DATA_ROOT, folder, name) == 0;
 }
+
+const char* asset_name_of(uint8_t kind, int32_t index)
+{
+    // The latest registration wins: a slot freed and taken again carries its new name.
+    for (int32_t i = asset_names.count - 1; i >= 0; --i) {
+        const asset_name& entry = asset_names.entries[i];
+        if (entry.kind == kind && entry.index == index)
+            return entry.name;
+    }
+    return nullptr;
+}

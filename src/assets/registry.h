@@ -102,3 +102,6 @@ extern const char* const FOLDER_MODELS;     // "models"
 extern const char* const FOLDER_ANIMATIONS; // "animations"
 extern const char* const FOLDER_SOUNDS;     // "sounds"
 extern const char* const FOLDER_DIALOGUES;  // "dialogues"
+
+// The name registered last for (kind, index), or null: the reverse of asset_name_find, for reports.
+const char* asset_name_of(uint8_t kind, int32_t index);

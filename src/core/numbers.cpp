@@ -69,3 +69,10 @@ float ping_pong(float a, float b, float x)
         return a + m;
     return b - (m - d);
 }
+
+int32_t truncate_to_int32(float value)
+{
+    if (!(value > -2147483904.0f && value < 2147483648.0f))
+        return INT32_MIN;
+    return static_cast<int32_t>(value);
+}

@@ -15,3 +15,7 @@ int parse_float(const char* text, int32_t limit, float* out);
 
 // Triangle wave between a and b: rises from a to b as x goes from 0 to b - a, then falls back.
 float ping_pong(float a, float b, float x);
+
+// A float cut toward zero to a 32-bit integer, as the processor does it: values that do not fit
+// (and NaN) give INT32_MIN instead of being undefined.
+int32_t truncate_to_int32(float value);

@@ -101,9 +101,11 @@ int sweep_sphere_triangle(const sphere* body, vec3 direction, float max_distance
 int sweep_sphere_edge(const sphere* body, vec3 direction, float max_distance, vec3 start, vec3 end, float* t,
                       vec3* normal);
 
-// How deep the capsule reaches into one triangle: 1 with depth > 0 or = 0 (touching), the unit
-// normal pointing toward the axis and the contact point on the triangle; 0 when apart or the
-// triangle is degenerate.
+// How deep the capsule reaches into one triangle: 1 with the depth (0 when just touching), the unit
+// normal and the contact point; 0 when they are apart or the triangle is degenerate. An axis that
+// crosses the triangle gives the radius, the face normal and the crossing point; otherwise the
+// depth is the radius less the axis's distance from the triangle, the normal points from the
+// triangle toward the axis and the point lies on the triangle.
 int capsule_triangle_contact(const capsule* body, vec3 a, vec3 b, vec3 c, float* depth, vec3* normal,
                              vec3* point);
 

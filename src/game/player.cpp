@@ -4,6 +4,7 @@
 #include <math.h>
 
 #include "audio/mixer.h"
+#include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/player_sounds.h"
@@ -18,15 +19,15 @@ const uint8_t footstep_order[FOOTSTEP_ORDER_LENGTH] = {
 
 namespace {
 
-// The movement keys, by virtual-key code.
+// The movement keys (letters are their upper-case codes).
 enum : uint8_t {
     MOVE_KEY_FORWARD = 'W',
     MOVE_KEY_BACK = 'S',
     MOVE_KEY_LEFT = 'A',
     MOVE_KEY_RIGHT = 'D',
-    MOVE_KEY_RUN = 0x10,  // Shift
-    MOVE_KEY_SLOW = 0x12, // Alt
-    MOVE_KEY_JUMP = 0x20, // Space: jump and climb
+    MOVE_KEY_RUN = KEYCODE_SHIFT,
+    MOVE_KEY_SLOW = KEYCODE_ALT,
+    MOVE_KEY_JUMP = KEYCODE_SPACE, // jump and climb
 };
 
 // The body.

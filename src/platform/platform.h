@@ -68,3 +68,17 @@ int platform_sound_file_read(platform_sound_file file, const uint8_t** bytes, ui
 
 // Sound loader: closes the file and releases the last block (null is allowed).
 void platform_sound_file_close(platform_sound_file file);
+
+// ---- Audio output ---------------------------------------------------------------------------
+
+// audio_open: opens `device` (0xFFFFFFFF: the default) in this PCM format and plays two blocks of
+// silence, each refilled by audio_refill_block once played; 1 when playing, 0 when it could not open.
+int platform_audio_open(uint32_t device, uint32_t samples_per_second, uint32_t channels,
+                        uint32_t bits_per_sample, uint32_t block_bytes);
+
+// play_sound and the refill: keeps the device's thread from refilling meanwhile (never nested).
+void platform_audio_lock();
+void platform_audio_unlock();
+
+// play_sound: a voice of `sound` has started (the headless host lists them; the others ignore it).
+void platform_audio_voice_started(int32_t sound);

@@ -4,10 +4,6 @@
 
 #include "platform/platform.h"
 
-uint16_t* color_buffer;
-int32_t frame_width;
-int32_t frame_height;
-
 float* depth_buffer;
 
 float camera_position[3];

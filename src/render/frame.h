@@ -5,12 +5,9 @@
 
 #include <stdint.h>
 
-// ---- Colour buffer: frame_width x frame_height pixels, rows top to bottom, no padding --------
-// Blue in bits 0-4, green 5-9, red 10-14; every pixel the renderer produces has bit 15 set. The
-// host owns the memory (on Windows the window's DIB section); the renderer only writes into it.
-extern uint16_t* color_buffer;
-extern int32_t frame_width;  // the resolution from the settings, not the window's size
-extern int32_t frame_height;
+// The colour buffer (color_buffer, frame_width x frame_height) belongs to the host; every pixel
+// the renderer produces has bit 15 set.
+#include "core/frame.h"
 
 // ---- Depth buffer: 1/z of the nearest surface per pixel, same layout as the colour buffer -----
 // 0 means nothing drawn; larger is nearer.

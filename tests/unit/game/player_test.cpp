@@ -12,7 +12,7 @@
 #include "game/player_sounds.h"
 #include "support/asset_state.h"
 #include "support/collision_scene.h"
-#include "support/recorded_sounds.h"
+#include "support/test_audio.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ protected:
         tick_dt = DT;
         ENABLE_HEAD_BOBBING = 0;
         health_visible_until = 0.0f;
-        clear_recorded_sounds();
+        test_audio::reset();
         for (int32_t m = 0; m < MATERIAL_COUNT; ++m) {
             for (int32_t v = 0; v < FOOTSTEP_VARIANTS; ++v)
                 sound_step[m][v] = step_sound(m, v);
@@ -170,7 +170,7 @@ TEST_F(player_test, first_update_puts_the_feet_on_the_floor_without_a_sound)
     EXPECT_EQ(motion().on_ground, 1);
     EXPECT_NEAR(player()->position.y, 0.0f, 1e-6f);
     EXPECT_NEAR(motion().ground_level, 0.0f, 1e-6f);
-    EXPECT_TRUE(recorded_sounds().empty());
+    EXPECT_TRUE(test_audio::started().empty());
 }
 
 TEST_F(player_test, standing_still_plays_no_footstep_holds_step_distance_and_settles_the_bob)
@@ -192,7 +192,7 @@ TEST_F(player_test, standing_still_plays_no_footstep_holds_step_distance_and_set
     }
     EXPECT_NEAR(motion().bob_offset, 0.0f, 1e-6f);
     EXPECT_EQ(motion().step_count, 0u);
-    EXPECT_TRUE(recorded_sounds().empty());
+    EXPECT_TRUE(test_audio::started().empty());
     EXPECT_EQ(player()->position.x, 0.0f);
     EXPECT_EQ(player()->position.z, 0.0f);
 }
@@ -290,7 +290,7 @@ TEST_F(player_test, jump_rises_lands_and_plays_the_landing_sound_of_the_floor)
     EXPECT_NEAR(player()->position.y, 0.0f, 1e-6f);
     EXPECT_EQ(motion().vertical_velocity, 0.0f);
     EXPECT_EQ(motion().air_time, 0.0f);
-    EXPECT_EQ(recorded_sounds(), std::vector<int32_t>{land_sound(MATERIAL_WOOD)});
+    EXPECT_EQ(test_audio::started(), std::vector<int32_t>{land_sound(MATERIAL_WOOD)});
     EXPECT_EQ(player()->health, 100);
 }
 
@@ -300,7 +300,7 @@ TEST_F(player_test, landing_after_a_tenth_of_a_second_or_less_in_the_air_is_sile
     falling_onto_the_floor(4.0f, 0.1f);
     tick();
     EXPECT_EQ(motion().on_ground, 1);
-    EXPECT_TRUE(recorded_sounds().empty());
+    EXPECT_TRUE(test_audio::started().empty());
 }
 
 TEST_F(player_test, landing_at_speed_twelve_does_no_damage)
@@ -310,7 +310,7 @@ TEST_F(player_test, landing_at_speed_twelve_does_no_damage)
     tick();
     ASSERT_EQ(motion().on_ground, 1);
     EXPECT_EQ(player()->health, 100);
-    EXPECT_EQ(recorded_sounds(), std::vector<int32_t>{land_sound(MATERIAL_STONE)});
+    EXPECT_EQ(test_audio::started(), std::vector<int32_t>{land_sound(MATERIAL_STONE)});
     EXPECT_EQ(health_visible_until, 0.0f);
 }
 
@@ -324,7 +324,7 @@ TEST_F(player_test, landing_at_speed_thirty_or_more_on_stone_kills)
         tick();
         ASSERT_EQ(motion().on_ground, 1);
         EXPECT_EQ(player()->health, 0) << speed;
-        EXPECT_EQ(recorded_sounds(), (std::vector<int32_t>{land_sound(MATERIAL_STONE), DEATH_SOUND})) << speed;
+        EXPECT_EQ(test_audio::started(), (std::vector<int32_t>{land_sound(MATERIAL_STONE), DEATH_SOUND})) << speed;
         EXPECT_FLOAT_EQ(health_visible_until, 7.0f + 3.2f);
     }
 }
@@ -344,7 +344,7 @@ TEST_F(player_test, fall_damage_grows_with_speed_and_depends_on_the_floor)
             factor = 0.8f;
         int32_t damage = static_cast<int32_t>(100.0f * factor * 0.5f);
         EXPECT_EQ(player()->health, 100 - damage) << material;
-        EXPECT_EQ(recorded_sounds(), (std::vector<int32_t>{land_sound(material), HURT_SOUND})) << material;
+        EXPECT_EQ(test_audio::started(), (std::vector<int32_t>{land_sound(material), HURT_SOUND})) << material;
         EXPECT_FLOAT_EQ(health_visible_until, 3.2f);
     }
     EXPECT_EQ(100 - player()->health, 50); // ceramic takes the full share
@@ -376,7 +376,7 @@ TEST_F(player_test, dead_player_sinks_toward_the_floor_and_nothing_else_moves)
     EXPECT_EQ(player()->position.x, 0.0f);
     EXPECT_EQ(player()->position.z, 0.0f);
     EXPECT_EQ(motion().vertical_velocity, 0.0f);
-    EXPECT_TRUE(recorded_sounds().empty());
+    EXPECT_TRUE(test_audio::started().empty());
 }
 
 TEST_F(player_test, ground_probe_keeps_the_last_floor_when_it_finds_nothing)
@@ -491,18 +491,18 @@ TEST_F(player_test, footsteps_follow_the_order_table_every_two_units_after_a_fir
     tick();
     press(KEY_W);
     float first_step_at = -1.0f;
-    while (recorded_sounds().size() < 70 && player()->position.z < 190) {
-        size_t before = recorded_sounds().size();
+    while (test_audio::started().size() < 70 && player()->position.z < 190) {
+        size_t before = test_audio::started().size();
         tick();
-        if (before == 0 && recorded_sounds().size() == 1)
+        if (before == 0 && test_audio::started().size() == 1)
             first_step_at = player()->position.z;
     }
-    ASSERT_EQ(recorded_sounds().size(), 70u);
+    ASSERT_EQ(test_audio::started().size(), 70u);
     EXPECT_GE(first_step_at, 0.5f);
     EXPECT_LT(first_step_at, 0.5f + 4.0f * DT);
     for (uint32_t k = 0; k < 70; ++k) {
         uint8_t variant = footstep_order[(k + 1) % FOOTSTEP_ORDER_LENGTH];
-        EXPECT_EQ(recorded_sounds()[k], step_sound(MATERIAL_GROUND, variant)) << k;
+        EXPECT_EQ(test_audio::started()[k], step_sound(MATERIAL_GROUND, variant)) << k;
     }
     EXPECT_EQ(motion().step_count, 70u);
 }
@@ -526,7 +526,7 @@ TEST_F(player_test, footsteps_on_an_unknown_material_are_silent)
     press(KEY_W);
     ticks(100);
     EXPECT_GT(motion().step_count, 3u);
-    EXPECT_TRUE(recorded_sounds().empty());
+    EXPECT_TRUE(test_audio::started().empty());
 }
 
 TEST_F(player_test, head_bob_follows_the_distance_walked_at_walking_speed)
@@ -590,7 +590,7 @@ TEST_F(climb_test, rising_with_space_held_at_a_ledge_starts_a_climb)
 {
     jump_until_climbing();
     ASSERT_EQ(motion().climbing, 1);
-    EXPECT_EQ(recorded_sounds(), std::vector<int32_t>{CLIMB_SOUND});
+    EXPECT_EQ(test_audio::started(), std::vector<int32_t>{CLIMB_SOUND});
     // The target lies just beyond the ledge's edge, straight ahead.
     EXPECT_NEAR(motion().climb_target.x, 0.0f, 1e-5f);
     EXPECT_NEAR(motion().climb_target.y, -1.2f, 1e-5f);
@@ -624,7 +624,7 @@ TEST_F(climb_test, climb_rises_straight_up_first_then_goes_over_the_edge)
     ticks(5);
     EXPECT_EQ(motion().on_ground, 1);
     EXPECT_NEAR(player()->position.y, -1.2f, 1e-5f);
-    EXPECT_EQ(recorded_sounds().front(), CLIMB_SOUND);
+    EXPECT_EQ(test_audio::started().front(), CLIMB_SOUND);
 }
 
 TEST_F(climb_test, letting_go_of_space_before_halfway_drops_the_player_where_he_is)
@@ -670,7 +670,7 @@ TEST_F(climb_test, no_climb_without_room_above_the_ledge)
     jump_until_climbing();
     EXPECT_EQ(motion().climbing, 0);
     // The jump happened (it ended in a landing), but no climb began.
-    EXPECT_EQ(recorded_sounds(), std::vector<int32_t>{land_sound(MATERIAL_STONE)});
+    EXPECT_EQ(test_audio::started(), std::vector<int32_t>{land_sound(MATERIAL_STONE)});
 }
 
 } // namespace

@@ -11,7 +11,6 @@
 #include "game/collision.h"
 #include "game/player.h"
 #include "support/asset_state.h"
-#include "support/recorded_sounds.h"
 #include "support/shipped_level.h"
 
 namespace {
@@ -29,7 +28,6 @@ protected:
         memset(key_state, 0, sizeof key_state);
         game_time = 0;
         tick_dt = DT;
-        clear_recorded_sounds();
     }
 
     void TearDown() override

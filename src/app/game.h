@@ -1,0 +1,40 @@
+// The three drivers that every host's main loop calls: game_init once, on the loop's first pass;
+// game_update once per fixed update; game_render once per drawn frame. They read the loop's
+// globals (tick_dt, game_time, real_time, render_alpha, key_state, the mouse) and own the debug
+// switches, time scaling and the field of view.
+#pragma once
+
+#include <stdint.h>
+
+// 1 when the game has started, 0 on the first step that failed (the host then quits).
+int game_init();
+void game_update();
+void game_render();
+
+extern float fov_target;  // vertical field of view the view is easing toward, radians
+extern float fov_current; // vertical field of view in use, radians
+
+// Called right after F11 flips TEXTURE_DITHERING, to convert every texture again with the new
+// setting; null while no texture loader is linked in.
+extern void (*texture_reload_hook)();
+
+// Where to put the player before the first update instead of the scene's start (the headless
+// host's --place); honoured when the player is created.
+struct start_placement {
+    int32_t requested;     // 1 when a placement was given
+    float position[3];
+    float yaw;             // radians
+    float pitch;           // radians
+};
+extern start_placement requested_start_placement;
+
+// The output the game opens: 44100 Hz, stereo, 16 bits, blocks of 1500 frames (about 34 ms).
+enum : uint32_t {
+    GAME_AUDIO_RATE = 44100,
+    GAME_AUDIO_CHANNELS = 2,
+    GAME_AUDIO_BITS = 16,
+    GAME_AUDIO_BLOCK_BYTES = 6000,
+};
+
+// Degrees to radians, with the game's constant.
+constexpr float DEGREES_TO_RADIANS = 0.017453292f;

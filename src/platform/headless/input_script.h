@@ -1,0 +1,41 @@
+// Timed input for the headless host, one event a line, "#" starting a comment:
+//   T down KEY | T up KEY | T mouse DX DY | T wheel N | T cursor X Y
+// Events of tick T are delivered just before update T (ticks count from 0). KEY is a name (W, A,
+// SPACE, SHIFT, ALT, ESC, F1, 0, [, ADD, LBUTTON, ...) or a virtual-key code of two or more digits
+// (or 0x and hex digits), since a single digit names the digit key.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+enum script_event_kind : uint8_t {
+    SCRIPT_KEY_DOWN,
+    SCRIPT_KEY_UP,
+    SCRIPT_MOUSE,  // moved by (a, b) pixels: right and down are positive
+    SCRIPT_WHEEL,  // a notches, away from the user positive
+    SCRIPT_CURSOR, // moved to (a, b) in client coordinates
+};
+
+struct script_event {
+    int32_t tick;
+    script_event_kind kind;
+    int32_t a; // the key code, or the first number
+    int32_t b;
+};
+
+struct input_script {
+    script_event* events; // in tick order; events of one tick in the order written
+    int32_t count;
+    int32_t capacity;
+};
+
+// The virtual-key code for a key name of the script (upper or lower case); 0 when unknown.
+int script_key_code(const char* name, uint32_t* code);
+
+// Parses the whole text. 1 on success; else 0 with the 1-based line and a message naming the problem.
+int parse_input_script(const char* text, size_t length, input_script* script, int32_t* error_line,
+                       char* error, size_t error_capacity);
+void input_script_free(input_script* script);
+
+// The highest tick with an event, or -1 for an empty script.
+int32_t input_script_last_tick(const input_script* script);

@@ -1,0 +1,251 @@
+#include <gtest/gtest.h>
+
+#include <math.h>
+#include <string.h>
+
+#include "app/game.h"
+#include "app/schedule.h"
+#include "audio/mixer.h"
+#include "core/debug_flags.h"
+#include "core/key_codes.h"
+#include "core/loop_state.h"
+#include "core/settings.h"
+#include "support/test_audio.h"
+
+namespace {
+
+int texture_reloads;
+void count_texture_reload()
+{
+    texture_reloads += 1;
+}
+
+void no_hook() {}
+void no_title(const char*) {}
+
+// The real schedule driving the real update, as every host runs it.
+const loop_hooks update_only = {game_update, no_hook, no_hook, no_hook, no_title};
+
+// Every test leaves the switches and settings as it found them.
+class game_test : public testing::Test {
+protected:
+    int32_t* flags[11] = {&debug_info,           &debug_wireframe,          &debug_show_colliders,
+                          &debug_show_areas,     &debug_lighting,           &debug_show_occlusion,
+                          &debug_show_lookup_tables, &debug_portal_culling, &LIGHT_DITHERING,
+                          &TEXTURE_INTERPOLATION, &TEXTURE_DITHERING};
+    int32_t saved[11] = {};
+
+    void SetUp() override
+    {
+        for (int i = 0; i < 11; ++i)
+            saved[i] = *flags[i];
+        memset(key_state, 0, sizeof key_state);
+        mouse_captured = 0;
+        FOV = 90.0f;
+        tick_dt = 0.025f;
+        game_time = 0.0f;
+        texture_reloads = 0;
+        texture_reload_hook = count_texture_reload;
+        ASSERT_EQ(game_init(), 1);
+        fov_target = fov_current;
+    }
+    void TearDown() override
+    {
+        for (int i = 0; i < 11; ++i)
+            *flags[i] = saved[i];
+        texture_reload_hook = nullptr;
+        FOV = 90.0f;
+    }
+
+    // One update with `tick_dt` at its nominal length; returns the length the update left.
+    static float update()
+    {
+        tick_dt = 0.025f;
+        game_update();
+        return tick_dt;
+    }
+};
+
+} // namespace
+
+TEST(game_flags, the_debug_switches_start_with_info_areas_lighting_and_culling_on)
+{
+    EXPECT_EQ(debug_info, 1);
+    EXPECT_EQ(debug_wireframe, 0);
+    EXPECT_EQ(debug_show_colliders, 0);
+    EXPECT_EQ(debug_show_areas, 1);
+    EXPECT_EQ(debug_lighting, 1);
+    EXPECT_EQ(debug_show_occlusion, 0);
+    EXPECT_EQ(debug_show_lookup_tables, 0);
+    EXPECT_EQ(debug_portal_culling, 1);
+}
+
+TEST_F(game_test, start_up_opens_44100_hz_stereo_16_bit_audio_in_blocks_of_6000_bytes)
+{
+    const test_audio::open_request& request = test_audio::opens().back();
+    EXPECT_EQ(request.device, AUDIO_DEFAULT_DEVICE);
+    EXPECT_EQ(request.samples_per_second, 44100u);
+    EXPECT_EQ(request.channels, 2u);
+    EXPECT_EQ(request.bits_per_sample, 16u);
+    EXPECT_EQ(request.block_bytes, 6000u);
+}
+
+TEST_F(game_test, start_up_fails_when_the_audio_device_cannot_open)
+{
+    test_audio::refuse_open();
+    EXPECT_EQ(game_init(), 0);
+}
+
+TEST_F(game_test, start_up_resets_the_game_clock_and_sets_the_field_of_view_from_fov)
+{
+    game_time = 12.0f;
+    FOV = 75.5f;
+    ASSERT_EQ(game_init(), 1);
+    EXPECT_EQ(game_time, 0.0f);
+    EXPECT_EQ(fov_current, 75.5f * 0.017453292f);
+}
+
+TEST_F(game_test, a_function_key_that_went_down_flips_its_switch_once)
+{
+    key_state[KEYCODE_F1 + 1] = KEY_PRESSED;
+    key_state[KEYCODE_F1] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(debug_wireframe, 1);
+    EXPECT_EQ(debug_info, 0);
+    promote_pressed_keys();
+    update();
+    EXPECT_EQ(debug_wireframe, 1) << "a held key does not flip again";
+}
+
+TEST_F(game_test, f3_to_f8_flip_their_switches)
+{
+    int32_t before[6] = {debug_show_colliders, debug_show_areas,         debug_lighting,
+                         debug_show_occlusion, debug_show_lookup_tables, debug_portal_culling};
+    for (int code = KEYCODE_F1 + 2; code <= KEYCODE_F1 + 7; ++code)
+        key_state[code] = KEY_PRESSED;
+    update();
+    int32_t after[6] = {debug_show_colliders, debug_show_areas,         debug_lighting,
+                        debug_show_occlusion, debug_show_lookup_tables, debug_portal_culling};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(after[i], before[i] == 0 ? 1 : 0) << "F" << (i + 3);
+}
+
+TEST_F(game_test, a_switch_holding_any_non_zero_value_flips_to_0)
+{
+    LIGHT_DITHERING = 7;
+    key_state[KEYCODE_F1 + 8] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(LIGHT_DITHERING, 0);
+}
+
+TEST_F(game_test, f9_f10_and_f11_flip_the_rendering_settings)
+{
+    LIGHT_DITHERING = 0;
+    TEXTURE_INTERPOLATION = 1;
+    TEXTURE_DITHERING = 0;
+    key_state[KEYCODE_F1 + 8] = KEY_PRESSED;
+    key_state[KEYCODE_F10] = KEY_PRESSED;
+    key_state[KEYCODE_F11] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(LIGHT_DITHERING, 1);
+    EXPECT_EQ(TEXTURE_INTERPOLATION, 0);
+    EXPECT_EQ(TEXTURE_DITHERING, 1);
+}
+
+TEST_F(game_test, flipping_texture_dithering_reloads_the_textures_once)
+{
+    key_state[KEYCODE_F11] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(texture_reloads, 1);
+    key_state[KEYCODE_F10] = KEY_PRESSED;
+    promote_pressed_keys();
+    update();
+    EXPECT_EQ(texture_reloads, 1);
+}
+
+TEST_F(game_test, escape_while_captured_frees_the_mouse_and_the_next_left_click_captures_it_unseen)
+{
+    mouse_captured = 1;
+    key_state[KEYCODE_ESCAPE] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(mouse_captured, 0);
+    key_state[KEYCODE_ESCAPE] = KEY_UP;
+    key_state[KEYCODE_LBUTTON] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(mouse_captured, 1);
+    EXPECT_EQ(key_state[KEYCODE_LBUTTON], KEY_UP) << "gameplay never sees the capturing click";
+}
+
+TEST_F(game_test, a_left_click_while_captured_is_left_for_gameplay)
+{
+    mouse_captured = 1;
+    key_state[KEYCODE_LBUTTON] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(key_state[KEYCODE_LBUTTON], KEY_PRESSED);
+}
+
+TEST_F(game_test, backspace_slows_an_update_to_a_quarter_and_keypad_plus_speeds_it_ten_times)
+{
+    key_state[KEYCODE_BACKSPACE] = KEY_HELD;
+    EXPECT_EQ(update(), 0.025f * 0.25f);
+    key_state[KEYCODE_BACKSPACE] = KEY_UP;
+    key_state[KEYCODE_ADD] = KEY_PRESSED;
+    EXPECT_EQ(update(), 0.025f * 10.0f);
+}
+
+TEST_F(game_test, with_backspace_held_the_game_clock_runs_at_a_quarter_speed)
+{
+    loop_schedule schedule;
+    schedule_start(&schedule, 40, 60);
+    key_state[KEYCODE_BACKSPACE] = KEY_PRESSED;
+    for (int i = 0; i < 40; ++i)
+        schedule_run(&schedule, schedule.next_tick_time, &update_only); // one second: 40 updates
+    EXPECT_NEAR(game_time, 0.25f, 1e-5f);
+}
+
+TEST_F(game_test, with_backspace_and_keypad_plus_held_the_game_clock_runs_at_2_5_times)
+{
+    loop_schedule schedule;
+    schedule_start(&schedule, 40, 60);
+    key_state[KEYCODE_BACKSPACE] = KEY_PRESSED;
+    key_state[KEYCODE_ADD] = KEY_PRESSED;
+    for (int i = 0; i < 40; ++i)
+        schedule_run(&schedule, schedule.next_tick_time, &update_only); // one second: 40 updates
+    EXPECT_NEAR(game_time, 2.5f, 1e-4f);
+}
+
+TEST_F(game_test, holding_z_narrows_the_view_to_two_thirds_of_fov_about_80_percent_after_a_tenth_of_a_second)
+{
+    float wide = 90.0f * 0.017453292f;
+    float narrow = static_cast<float>(90.0 / 1.5 * 0.01745329238474369);
+    key_state['Z'] = KEY_PRESSED;
+    for (int i = 0; i < 4; ++i) // 0.1 s at 40 updates a second
+        update();
+    EXPECT_EQ(fov_target, narrow);
+    float progress = (wide - fov_current) / (wide - narrow);
+    EXPECT_NEAR(progress, 1.0f - expf(-1.6f), 0.001f);
+    EXPECT_GT(progress, 0.79f);
+    EXPECT_LT(progress, 0.81f);
+}
+
+TEST_F(game_test, the_middle_button_zooms_too_and_letting_go_eases_back)
+{
+    key_state[KEYCODE_MBUTTON] = KEY_HELD;
+    update();
+    float zoomed = fov_current;
+    EXPECT_LT(zoomed, 90.0f * 0.017453292f);
+    key_state[KEYCODE_MBUTTON] = KEY_UP;
+    update();
+    EXPECT_EQ(fov_target, 90.0f * 0.017453292f);
+    EXPECT_GT(fov_current, zoomed);
+}
+
+TEST_F(game_test, the_view_eases_with_the_scaled_update_length)
+{
+    key_state['Z'] = KEY_PRESSED;
+    key_state[KEYCODE_BACKSPACE] = KEY_PRESSED;
+    float wide = fov_current;
+    update();
+    float step = (wide - fov_current) / (wide - fov_target);
+    EXPECT_NEAR(step, 1.0f - expf(-16.0f * 0.025f * 0.25f), 1e-5f);
+}

@@ -1,0 +1,27 @@
+// SDL audio through its dummy driver, which plays in real time without a sound card.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+
+#include "assets/sound.h"
+#include "audio/mixer.h"
+#include "platform/platform.h"
+#include "platform/sdl/sdl_input.h"
+
+TEST(sdl_audio, the_device_keeps_pulling_blocks_through_the_refill_while_sounds_start)
+{
+    setenv("SDL_AUDIODRIVER", "dummy", 1);
+    ASSERT_EQ(audio_open(AUDIO_DEFAULT_DEVICE, 44100, 2, 16, 6000), 1) << SDL_GetError();
+    static uint8_t silence[64];
+    int32_t s = registry_alloc(&sounds);
+    *registry_at<sound>(&sounds, s) = sound{8, 1, 44100, sizeof silence, silence};
+    for (int i = 0; i < 30; ++i) {
+        EXPECT_EQ(play_sound(s), 1) << "the lock is taken while the device refills";
+        SDL_Delay(10);
+    }
+    platform_audio_lock();
+    uint64_t queued = audio_bytes_queued;
+    platform_audio_unlock();
+    EXPECT_GE(queued, 2u * 6000);
+    EXPECT_EQ(queued % 6000, 0u) << "every refill is one whole block of 1500 frames";
+}
