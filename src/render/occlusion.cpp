@@ -124,18 +124,20 @@ float facing(const occluder_vertex* a, const occluder_vertex* b, const occluder_
 
 int occlusion_buffer_create()
 {
-    occlusion_fine_width = frame_width / 2;
-    occlusion_fine_height = frame_height / 2;
-    occlusion_fine_viewport = centred_square(occlusion_fine_width, occlusion_fine_height);
-    occlusion_columns = frame_width / 8;
-    occlusion_rows = frame_height / 8;
-    occlusion_coarse_viewport = centred_square(occlusion_columns, occlusion_rows);
-    size_t bytes = static_cast<size_t>(occlusion_columns) * static_cast<size_t>(occlusion_rows) * sizeof(float);
+    int32_t columns = frame_width / 8;
+    int32_t rows = frame_height / 8;
+    size_t bytes = static_cast<size_t>(columns) * static_cast<size_t>(rows) * sizeof(float);
     void* block = heap_resize(occlusion_coarse, bytes > 0 ? bytes : sizeof(float));
     if (!block)
         return 0;
     occlusion_coarse = static_cast<float*>(block);
     memset(occlusion_coarse, 0, bytes);
+    occlusion_columns = columns;
+    occlusion_rows = rows;
+    occlusion_coarse_viewport = centred_square(columns, rows);
+    occlusion_fine_width = frame_width / 2;
+    occlusion_fine_height = frame_height / 2;
+    occlusion_fine_viewport = centred_square(occlusion_fine_width, occlusion_fine_height);
     return 1;
 }
 
