@@ -21,6 +21,21 @@ int32_t count_colour(const test_frame& frame, uint16_t colour)
 
 class debug_views : public render_world_test {
 protected:
+    // A model placed at the origin and drawn by the world pass twice: with the switch off, which
+    // must leave the colour out, then on.
+    void draw_with_switch(int32_t model_index, int32_t* debug_switch, uint16_t colour, int32_t animation_index = 0)
+    {
+        debug_lighting = 0;
+        int32_t shown = add_object(-1, model_index, {0, 0, 0});
+        registry_at<object>(&objects, shown)->animation = animation_index;
+        placement at_origin = placement_from_angles({0, 0, 0}, 0.0f, 0.0f);
+        draw_scene_object(shown, &at_origin, -1);
+        EXPECT_EQ(count_colour(*frame, colour), 0);
+        *debug_switch = 1;
+        draw_scene_object(shown, &at_origin, -1);
+        EXPECT_GT(count_colour(*frame, colour), 0);
+    }
+
     void show_area(int32_t area, int32_t x0, int32_t y0, int32_t x1, int32_t y1)
     {
         room* r = registry_at<room>(&rooms, area);
@@ -145,36 +160,19 @@ TEST_F(debug_views, the_skeleton_joins_each_bone_to_its_parent_and_rings_its_joi
 
 TEST_F(debug_views, the_world_pass_draws_the_skeleton_of_an_animated_object_under_wireframe)
 {
-    debug_lighting = 0;
-    int32_t texture = add_texture(0x8000 | 10 << 5);
-    int32_t square = add_square_model(-4, -4, 4, 4, 10, texture);
-    int32_t animated = add_object(-1, square, {0, 0, 0});
-    registry_at<object>(&objects, animated)->animation = add_two_bone_animation();
-    placement at_origin = placement_from_angles({0, 0, 0}, 0.0f, 0.0f);
-    draw_scene_object(animated, &at_origin, -1);
-    EXPECT_EQ(count_colour(*frame, COLOUR_SKELETON), 0);
-    debug_wireframe = 1;
-    draw_scene_object(animated, &at_origin, -1);
-    EXPECT_GT(count_colour(*frame, COLOUR_SKELETON), 0);
+    int32_t square = add_square_model(-4, -4, 4, 4, 10, add_texture(0x8000 | 10 << 5));
+    draw_with_switch(square, &debug_wireframe, COLOUR_SKELETON, add_two_bone_animation());
 }
 
 TEST_F(debug_views, show_colliders_draws_collider_triangles_and_their_boxes)
 {
-    debug_lighting = 0;
-    int32_t texture = add_texture(0x8000 | 10 << 5);
-    int32_t square = add_square_model(-0.5f, -0.5f, 0.5f, 0.5f, 3, texture);
+    int32_t square = add_square_model(-0.5f, -0.5f, 0.5f, 0.5f, 3, add_texture(0x8000 | 10 << 5));
     model* m = registry_at<model>(&models, square);
     ASSERT_EQ(model_create_colliders(m, 1, 1), 1);
     m->collision_triangles[0] = {{0, 1, 2}};
     m->colliders[0].first = 0;
     m->colliders[0].end = 1;
     model_compute_bounds(m);
-    int32_t shown = add_object(-1, square, {0, 0, 0});
-    placement at_origin = placement_from_angles({0, 0, 0}, 0.0f, 0.0f);
-    draw_scene_object(shown, &at_origin, -1);
-    EXPECT_EQ(count_colour(*frame, COLOUR_COLLIDER), 0);
-    debug_show_colliders = 1;
-    draw_scene_object(shown, &at_origin, -1);
-    EXPECT_GT(count_colour(*frame, COLOUR_COLLIDER), 0);
+    draw_with_switch(square, &debug_show_colliders, COLOUR_COLLIDER);
     EXPECT_GT(count_colour(*frame, COLOUR_COLLIDER_BOX), 0);
 }

@@ -57,6 +57,16 @@ protected:
         sort_deferred_triangles();
         draw_deferred_triangles();
     }
+    // The same centre colour with lighting on and with fullbright.
+    void expect_centre_whatever_the_lighting(int32_t object_index, uint16_t colour)
+    {
+        for (int32_t lighting : {1, 0}) {
+            debug_lighting = lighting;
+            clear_frame();
+            draw(object_index);
+            EXPECT_EQ(frame->pixel(32, 32), colour) << "lighting " << lighting;
+        }
+    }
     void clear_frame()
     {
         std::fill(frame->colour.begin(), frame->colour.end(), 0);
@@ -106,13 +116,7 @@ TEST_F(world_pass, with_fullbright_every_plain_surface_is_drawn_at_shade_0)
 TEST_F(world_pass, a_fixed_shade_texture_keeps_its_shade_with_lighting_on_or_off)
 {
     int32_t texture = add_texture(GREY, TEXTURE_FIXED_LIGHT, 0, 0.5f);
-    int32_t object = place(add_square_model(-1, -1, 1, 1, 2, texture));
-    for (int32_t lighting : {1, 0}) {
-        debug_lighting = lighting;
-        clear_frame();
-        draw(object);
-        EXPECT_EQ(frame->pixel(32, 32), lit(GREY, 31)) << lighting;
-    }
+    expect_centre_whatever_the_lighting(place(add_square_model(-1, -1, 1, 1, 2, texture)), lit(GREY, 31));
 }
 
 TEST_F(world_pass, a_fixed_shade_subset_also_shades_the_corners_it_shares_with_later_subsets)
@@ -139,12 +143,7 @@ TEST_F(world_pass, the_focused_object_pulses_between_0_4_and_0_8_whatever_its_li
     focus_object = object;
     focus_time = 2.0f;
     game_time = 3.0f; // half a second into the wave: 0.4 up to 0.8 after 0.4, then down to 0.7
-    for (int32_t lighting : {1, 0}) {
-        debug_lighting = lighting;
-        clear_frame();
-        draw(object);
-        EXPECT_EQ(frame->pixel(32, 32), lit(GREY, 44)) << lighting;
-    }
+    expect_centre_whatever_the_lighting(object, lit(GREY, 44));
 }
 
 TEST_F(world_pass, steady_light_is_worked_out_once_and_flickering_light_every_frame)
