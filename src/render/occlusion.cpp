@@ -27,7 +27,7 @@ buffer_viewport centred_square(int32_t width, int32_t height)
     return {scale, (w - scale) / 2.0f, (h - scale) / 2.0f};
 }
 
-// A fine-buffer vertex: its position in pixels and its 1/z.
+// An occluder vertex: x and y (projected, or in fine-buffer pixels) and 1/z.
 struct occluder_vertex {
     float x, y, inv_z;
 };
@@ -107,14 +107,20 @@ void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const 
     }
 }
 
-occluder_vertex to_fine(const clip_vertex* v)
+// The projected position (before the viewport) and 1/z of a clipped camera-space vertex.
+occluder_vertex project(const clip_vertex* v)
 {
-    const buffer_viewport& vp = occlusion_fine_viewport;
-    return {(v->x * projection_scale / v->z + 0.5f) * vp.scale + vp.offset_x,
-            (v->y * projection_scale / v->z + 0.5f) * vp.scale + vp.offset_y, 1.0f / v->z};
+    return {v->x * projection_scale / v->z, v->y * projection_scale / v->z, 1.0f / v->z};
 }
 
-// (b.y - a.y)(c.x - a.x) - (c.y - a.y)(b.x - a.x): positive for the winding that faces the eye.
+occluder_vertex to_fine(occluder_vertex p)
+{
+    const buffer_viewport& vp = occlusion_fine_viewport;
+    return {(p.x + 0.5f) * vp.scale + vp.offset_x, (p.y + 0.5f) * vp.scale + vp.offset_y, p.inv_z};
+}
+
+// (b.y - a.y)(c.x - a.x) - (c.y - a.y)(b.x - a.x) of the projected points, as the world pass
+// culls: positive for the winding that faces the eye.
 float facing(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
 {
     return (b->y - a->y) * (c->x - a->x) - (c->y - a->y) * (b->x - a->x);
@@ -156,11 +162,13 @@ void rasterize_occluders(const model* m, const placement* place)
                 polygon[k].z = camera[2];
             }
             int32_t count = clip_triangle_near(polygon, NEAR_Z);
-            occluder_vertex fine[CLIP_CAPACITY];
-            for (int32_t k = 0; k < count; ++k)
-                fine[k] = to_fine(&polygon[k]);
+            occluder_vertex projected[CLIP_CAPACITY], fine[CLIP_CAPACITY];
+            for (int32_t k = 0; k < count; ++k) {
+                projected[k] = project(&polygon[k]);
+                fine[k] = to_fine(projected[k]);
+            }
             for (int32_t k = 1; k + 1 < count; ++k) {
-                if (facing(&fine[0], &fine[k], &fine[k + 1]) <= 0.0f)
+                if (facing(&projected[0], &projected[k], &projected[k + 1]) <= 0.0f)
                     continue; // occluders are one-sided
                 occlude_triangle(&fine[0], &fine[k], &fine[k + 1]);
             }

@@ -25,7 +25,7 @@ struct model_subset_spec {
 
 class render_world_test : public testing::Test {
 protected:
-    static const int32_t FRAME_SIZE = 64;
+    static constexpr int32_t FRAME_SIZE = 64;
 
     void SetUp() override;
     void TearDown() override;
