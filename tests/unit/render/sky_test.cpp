@@ -73,6 +73,28 @@ TEST_F(sky_test, sky_looking_along_minus_z_uses_face_4)
     EXPECT_EQ(centre_after_looking(2.0f * QUARTER_TURN, 0.0f), face_colour(4));
 }
 
+TEST_F(sky_test, sky_ties_between_components_go_to_x_then_y)
+{
+    const float diagonal = 0.70710677f;
+    struct turn {
+        float yaw_sin, yaw_cos, pitch_sin, pitch_cos;
+        int32_t face;
+    };
+    const turn turns[] = {
+        {diagonal, diagonal, 0.0f, 1.0f, 0}, // |x| = |z|
+        {1.0f, 0.0f, diagonal, diagonal, 0}, // |x| = |y|
+        {0.0f, 1.0f, diagonal, diagonal, 2}, // |y| = |z|
+    };
+    for (const turn& t : turns) {
+        camera_yaw_sin = t.yaw_sin;
+        camera_yaw_cos = t.yaw_cos;
+        camera_pitch_sin = t.pitch_sin;
+        camera_pitch_cos = t.pitch_cos;
+        draw_sky();
+        EXPECT_EQ(frame->pixel(32, 32), face_colour(t.face)) << t.face;
+    }
+}
+
 TEST_F(sky_test, a_face_seen_along_plus_x_is_upright_and_not_mirrored)
 {
     texture* face = registry_at<texture>(&textures, sky_textures[0]);
