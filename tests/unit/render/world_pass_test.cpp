@@ -250,7 +250,7 @@ TEST_F(world_pass, the_deferred_list_grows_by_1024_records_and_drops_what_it_can
 {
     debug_lighting = 0; // no shade caches to allocate
     int32_t glass = add_texture(BLUE, TEXTURE_TRANSLUCENT, 8);
-    std::vector<model_triangle_spec> many(2048, model_triangle_spec{0, 1, 2});
+    std::vector<triangle_corners> many(2048, triangle_corners{0, 1, 2});
     int32_t panes = place(add_model({{-1, -1, 2}, {-1, 1, 2}, {1, 1, 2}}, many, {{0, 2048, glass}}));
     int32_t one_more = place(add_model({{-1, -1, 2}, {-1, 1, 2}, {1, 1, 2}}, {{0, 1, 2}}, {{0, 1, glass}}));
     test_heap::reset();

@@ -131,8 +131,8 @@ void render_world_test::add_light(int list, int32_t room_index, vec3 position, f
 }
 
 int32_t render_world_test::add_model(const std::vector<vec3>& points,
-                                     const std::vector<model_triangle_spec>& triangles,
-                                     const std::vector<model_subset_spec>& subsets)
+                                     const std::vector<triangle_corners>& triangles,
+                                     const std::vector<subset_range>& subsets)
 {
     model m;
     EXPECT_EQ(model_create(&m, static_cast<int32_t>(points.size()), static_cast<int32_t>(triangles.size()),

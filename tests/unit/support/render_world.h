@@ -14,12 +14,12 @@
 #include "core/vec3.h"
 #include "support/test_frame.h"
 
-struct model_triangle_spec {
+struct triangle_corners {
     int32_t a, b, c;
 };
 
 // Each subset: its triangles [first, end) and texture.
-struct model_subset_spec {
+struct subset_range {
     int32_t first, end, texture;
 };
 
@@ -42,8 +42,8 @@ protected:
     static int32_t add_object(int32_t room, int32_t model, vec3 position, float yaw = 0.0f, float pitch = 0.0f);
     static void add_light(int list, int32_t room, vec3 position, float radius, float brightness, int32_t shadow = 0);
     // A model from points and triangles (texture coordinates all 0), normals and bounds derived.
-    static int32_t add_model(const std::vector<vec3>& points, const std::vector<model_triangle_spec>& triangles,
-                             const std::vector<model_subset_spec>& subsets);
+    static int32_t add_model(const std::vector<vec3>& points, const std::vector<triangle_corners>& triangles,
+                             const std::vector<subset_range>& subsets);
     // A flat square facing the eye at the origin looking along +z: corners (x0, y0) ... (x1, y1) at depth z.
     static int32_t add_square_model(float x0, float y0, float x1, float y1, float z, int32_t texture);
     // Makes every triangle of the model also one occluder group.
