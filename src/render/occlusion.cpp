@@ -128,7 +128,7 @@ float facing(const occluder_vertex* a, const occluder_vertex* b, const occluder_
 
 } // namespace
 
-int occlusion_buffer_create()
+int occlusion_buffers_create()
 {
     int32_t columns = frame_width / 8;
     int32_t rows = frame_height / 8;

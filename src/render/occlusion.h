@@ -33,7 +33,7 @@ extern buffer_viewport occlusion_coarse_viewport;
 
 // Start-up, after depth_buffer_create and once the frame's size is known: the sizes, the two
 // viewports and a zero-filled coarse buffer. 0 when the coarse buffer cannot be allocated.
-int occlusion_buffer_create();
+int occlusion_buffers_create();
 
 // One listed object's occluders (one-sided triangles), placed and clipped at the view depth 0.01,
 // into the fine buffer.

@@ -49,7 +49,7 @@ protected:
 TEST_F(occlusion_buffer, start_up_sizes_both_buffers_and_zero_fills_the_coarse_grid)
 {
     test_frame wide(80, 48);
-    ASSERT_EQ(occlusion_buffer_create(), 1);
+    ASSERT_EQ(occlusion_buffers_create(), 1);
     EXPECT_EQ(occlusion_fine_width, 40);
     EXPECT_EQ(occlusion_fine_height, 24);
     EXPECT_EQ(occlusion_fine_viewport.scale, 24.0f);
@@ -68,7 +68,7 @@ TEST_F(occlusion_buffer, start_up_fails_when_the_coarse_grid_cannot_be_had)
     test_frame bigger(256, 256);
     test_heap::reset();
     test_heap::fail_request(1);
-    EXPECT_EQ(occlusion_buffer_create(), 0);
+    EXPECT_EQ(occlusion_buffers_create(), 0);
     test_heap::reset();
 }
 

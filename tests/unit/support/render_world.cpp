@@ -33,7 +33,7 @@ void render_world_test::SetUp()
     debug_wireframe = 0;
     debug_show_colliders = 0;
     frame = std::make_unique<test_frame>(FRAME_SIZE, FRAME_SIZE);
-    ASSERT_EQ(occlusion_buffer_create(), 1);
+    ASSERT_EQ(occlusion_buffers_create(), 1);
     // Index 0 of the model and animation registries stands for none, as at start-up.
     ASSERT_EQ(registry_claim(&models), 0);
     ASSERT_EQ(registry_claim(&animations), 0);
