@@ -13,6 +13,8 @@ light_list steady_lights = {nullptr, 0, 0, STEADY_LIGHT_GROWTH};
 light_list flickering_lights = {nullptr, 0, 0, FLICKERING_LIGHT_GROWTH};
 object_list dynamic_objects;
 collision_tree scene_tree;
+int32_t focus_object = -1;
+float focus_time;
 
 int32_t light_list_alloc(light_list* list)
 {

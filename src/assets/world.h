@@ -129,6 +129,11 @@ extern light_list flickering_lights;
 extern object_list dynamic_objects;
 extern collision_tree scene_tree; // the world's one tree, named by the scene's `bsp`
 
+// Gameplay state that the renderer and the HUD read: the object the player is looking at (the
+// interaction target; -1 for none) and the game_time at which it became so. Gameplay writes them.
+extern int32_t focus_object;
+extern float focus_time;
+
 // A zero-filled light record at the end of the list; -1 when the list cannot grow.
 int32_t light_list_alloc(light_list* list);
 // Appends an object index; 0 when the list cannot grow.

@@ -8,6 +8,7 @@
 // The colour buffer (color_buffer, frame_width x frame_height) belongs to the host; every pixel
 // the renderer produces has bit 15 set.
 #include "core/frame.h"
+#include "core/vec3.h"
 
 // ---- Depth buffer: 1/z of the nearest surface per pixel, same layout as the colour buffer -----
 // 0 means nothing drawn; larger is nearer.
@@ -40,6 +41,11 @@ void view_mapping_update();
 
 // A world point into camera space: x right, y down, z the view depth.
 void camera_transform(const float world[3], float camera[3]);
+inline void point_to_camera(vec3 world, float camera[3])
+{
+    const float coordinates[3] = {world.x, world.y, world.z};
+    camera_transform(coordinates, camera);
+}
 
 // Camera-space x (or y) at view depth z to a screen coordinate in pixels (pixel centres at .5).
 inline float project_screen_x(float x, float z)

@@ -1,0 +1,248 @@
+#include "render/occlusion.h"
+
+#include <math.h>
+#include <string.h>
+
+#include "core/heap.h"
+#include "render/frame.h"
+#include "render/raster.h"
+
+int32_t occlusion_fine_width;
+int32_t occlusion_fine_height;
+buffer_viewport occlusion_fine_viewport;
+float* occlusion_coarse;
+int32_t occlusion_columns;
+int32_t occlusion_rows;
+buffer_viewport occlusion_coarse_viewport;
+
+namespace {
+
+constexpr float NEAR_Z = 0.01f;
+
+buffer_viewport centred_square(int32_t width, int32_t height)
+{
+    float w = static_cast<float>(width);
+    float h = static_cast<float>(height);
+    float scale = w < h ? w : h;
+    return {scale, (w - scale) / 2.0f, (h - scale) / 2.0f};
+}
+
+// An occluder vertex: x and y (projected, or in fine-buffer pixels) and 1/z.
+struct occluder_vertex {
+    float x, y, inv_z;
+};
+
+// The first row (or column) whose centre lies at or below (right of) `at`, clamped into 0 ... limit.
+int32_t first_centre_at_or_after(float at, int32_t limit)
+{
+    float index = ceilf(at - 0.5f);
+    if (!(index > 0.0f))
+        return 0;
+    return index < static_cast<float>(limit) ? static_cast<int32_t>(index) : limit;
+}
+
+// The pixels of one fine row between two edge points follow the rasterizer's rule: the first is
+// floor(x - 0.5) + 1, so a pixel centred exactly on the left end is left out, and the end is
+// floor(x - 0.5) + 1 of the right end, so one centred exactly on the right end is drawn.
+void occlude_span(int32_t y, float x_a, float inv_a, float x_b, float inv_b)
+{
+    if (x_a > x_b) {
+        float swap_x = x_a, swap_inv = inv_a;
+        x_a = x_b;
+        inv_a = inv_b;
+        x_b = swap_x;
+        inv_b = swap_inv;
+    }
+    float width = x_b - x_a;
+    if (width <= 0.0f)
+        return;
+    float fine_width = static_cast<float>(occlusion_fine_width);
+    float first = floorf(x_a - 0.5f) + 1.0f;
+    first = first > 0.0f ? first : 0.0f;
+    float end = floorf(x_b - 0.5f) + 1.0f;
+    end = end < fine_width ? end : fine_width;
+    if (!(first < end))
+        return;
+    float slope = (inv_b - inv_a) / width;
+    float inv_z = inv_a + slope * (first + 0.5f - x_a);
+    float* row = depth_buffer + static_cast<size_t>(y) * static_cast<size_t>(occlusion_fine_width);
+    for (int32_t x = static_cast<int32_t>(first); x < static_cast<int32_t>(end); ++x) {
+        if (inv_z > row[x])
+            row[x] = inv_z;
+        inv_z += slope;
+    }
+}
+
+float along(float from, float to, float f)
+{
+    return from + (to - from) * f;
+}
+
+// The scan conversion of draw_triangle, carrying only x and 1/z (linear in screen space).
+void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
+{
+    const occluder_vertex* v[3] = {a, b, c};
+    for (int32_t pass = 0; pass < 3; ++pass) {
+        int32_t i = pass == 1 ? 1 : 0; // compare (0,1), (1,2), (0,1): ties keep their order
+        if (v[i]->y > v[i + 1]->y) {
+            const occluder_vertex* swap = v[i];
+            v[i] = v[i + 1];
+            v[i + 1] = swap;
+        }
+    }
+    const occluder_vertex* top = v[0];
+    const occluder_vertex* middle = v[1];
+    const occluder_vertex* bottom = v[2];
+    int32_t first = first_centre_at_or_after(top->y, occlusion_fine_height);
+    int32_t split = first_centre_at_or_after(middle->y, occlusion_fine_height);
+    int32_t last = first_centre_at_or_after(bottom->y, occlusion_fine_height);
+    for (int32_t y = first; y < last; ++y) {
+        float centre = static_cast<float>(y) + 0.5f;
+        float f_long = (centre - top->y) / (bottom->y - top->y);
+        const occluder_vertex* upper = y < split ? top : middle;
+        const occluder_vertex* lower = y < split ? middle : bottom;
+        float f_short = (centre - upper->y) / (lower->y - upper->y);
+        occlude_span(y, along(top->x, bottom->x, f_long), along(top->inv_z, bottom->inv_z, f_long),
+                     along(upper->x, lower->x, f_short), along(upper->inv_z, lower->inv_z, f_short));
+    }
+}
+
+// The projected position (before the viewport) and 1/z of a clipped camera-space vertex.
+occluder_vertex project(const clip_vertex* v)
+{
+    return {v->x * projection_scale / v->z, v->y * projection_scale / v->z, 1.0f / v->z};
+}
+
+occluder_vertex to_fine(occluder_vertex p)
+{
+    const buffer_viewport& vp = occlusion_fine_viewport;
+    return {(p.x + 0.5f) * vp.scale + vp.offset_x, (p.y + 0.5f) * vp.scale + vp.offset_y, p.inv_z};
+}
+
+// (b.y - a.y)(c.x - a.x) - (c.y - a.y)(b.x - a.x) of the projected points, as the world pass
+// culls: positive for the winding that faces the eye.
+float facing(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
+{
+    return (b->y - a->y) * (c->x - a->x) - (c->y - a->y) * (b->x - a->x);
+}
+
+} // namespace
+
+int occlusion_buffers_create()
+{
+    int32_t columns = frame_width / 8;
+    int32_t rows = frame_height / 8;
+    size_t bytes = static_cast<size_t>(columns) * static_cast<size_t>(rows) * sizeof(float);
+    void* block = heap_resize(occlusion_coarse, bytes > 0 ? bytes : sizeof(float));
+    if (!block)
+        return 0;
+    occlusion_coarse = static_cast<float*>(block);
+    memset(occlusion_coarse, 0, bytes);
+    occlusion_columns = columns;
+    occlusion_rows = rows;
+    occlusion_coarse_viewport = centred_square(columns, rows);
+    occlusion_fine_width = frame_width / 2;
+    occlusion_fine_height = frame_height / 2;
+    occlusion_fine_viewport = centred_square(occlusion_fine_width, occlusion_fine_height);
+    return 1;
+}
+
+void rasterize_occluders(const model* m, const placement* place)
+{
+    for (int32_t g = 0; g < m->occluder_count; ++g) {
+        const model_occluder* group = &m->occluders[g];
+        for (int32_t t = group->first; t < group->end; ++t) {
+            const model_triangle* triangle = &m->occlusion_triangles[t];
+            clip_vertex polygon[CLIP_CAPACITY] = {};
+            for (int32_t k = 0; k < 3; ++k) {
+                float camera[3];
+                point_to_camera(placement_to_world_point(place, m->points[triangle->points[k]]), camera);
+                polygon[k].x = camera[0];
+                polygon[k].y = camera[1];
+                polygon[k].z = camera[2];
+            }
+            int32_t count = clip_triangle_near(polygon, NEAR_Z);
+            occluder_vertex projected[CLIP_CAPACITY], fine[CLIP_CAPACITY];
+            for (int32_t k = 0; k < count; ++k) {
+                projected[k] = project(&polygon[k]);
+                fine[k] = to_fine(projected[k]);
+            }
+            for (int32_t k = 1; k + 1 < count; ++k) {
+                if (facing(&projected[0], &projected[k], &projected[k + 1]) <= 0.0f)
+                    continue; // occluders are one-sided
+                occlude_triangle(&fine[0], &fine[k], &fine[k + 1]);
+            }
+        }
+    }
+}
+
+void reduce_occlusion_buffer()
+{
+    const size_t stride = static_cast<size_t>(occlusion_fine_width);
+    for (int32_t r = 0; r < occlusion_rows; ++r) {
+        for (int32_t c = 0; c < occlusion_columns; ++c) {
+            float farthest = HUGE_VALF;
+            int open = 0;
+            for (int32_t j = 0; j < 4 && !open; ++j) {
+                const float* row = depth_buffer + static_cast<size_t>(4 * r + j) * stride + static_cast<size_t>(4 * c);
+                for (int32_t i = 0; i < 4; ++i) {
+                    if (row[i] == 0.0f) {
+                        open = 1; // one pixel without an occluder: the cell hides nothing
+                        break;
+                    }
+                    farthest = row[i] < farthest ? row[i] : farthest;
+                }
+            }
+            occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] = open ? 0.0f : farthest;
+        }
+    }
+    memset(depth_buffer, 0, stride * static_cast<size_t>(occlusion_fine_height) * sizeof(float));
+}
+
+int box_occluded(const float box[6])
+{
+    const buffer_viewport& vp = occlusion_coarse_viewport;
+    float min_x = 0.0f, max_x = 0.0f, min_y = 0.0f, max_y = 0.0f, nearest = 0.0f;
+    for (int32_t k = 0; k < 8; ++k) {
+        float world[3] = {box[(k & 1) ? 3 : 0], box[(k & 2) ? 4 : 1], box[(k & 4) ? 5 : 2]};
+        float p[3];
+        camera_transform(world, p);
+        if (p[2] < NEAR_Z)
+            return 0; // reaches behind the eye: never hidden
+        float x = p[0] * projection_scale / p[2];
+        float y = p[1] * projection_scale / p[2];
+        if (k == 0) {
+            min_x = max_x = x;
+            min_y = max_y = y;
+            nearest = p[2];
+            continue;
+        }
+        min_x = x < min_x ? x : min_x;
+        max_x = x > max_x ? x : max_x;
+        min_y = y < min_y ? y : min_y;
+        max_y = y > max_y ? y : max_y;
+        nearest = p[2] < nearest ? p[2] : nearest;
+    }
+    // Cut toward zero into the grid; clamped as floats first so that nothing overflows.
+    auto cell = [](float at, int32_t count) {
+        float high = static_cast<float>(count);
+        at = at < -1.0f ? -1.0f : at > high ? high : at;
+        return static_cast<int32_t>(at);
+    };
+    int32_t row0 = cell((min_y + 0.5f) * vp.scale + vp.offset_y, occlusion_rows);
+    int32_t row1 = cell((max_y + 0.5f) * vp.scale + vp.offset_y, occlusion_rows);
+    int32_t col0 = cell((min_x + 0.5f) * vp.scale + vp.offset_x, occlusion_columns);
+    int32_t col1 = cell((max_x + 0.5f) * vp.scale + vp.offset_x, occlusion_columns);
+    row0 = row0 > 0 ? row0 : 0;
+    col0 = col0 > 0 ? col0 : 0;
+    row1 = row1 < occlusion_rows - 1 ? row1 : occlusion_rows - 1;
+    col1 = col1 < occlusion_columns - 1 ? col1 : occlusion_columns - 1;
+    if (row0 > row1)
+        return 1;
+    float needed = 1.0f / (nearest - 1e-6f);
+    for (int32_t r = row0; r <= row1; ++r)
+        for (int32_t c = col0; c <= col1; ++c)
+            if (occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] < needed)
+                return 0; // an open cell, or its farthest occluder lies beyond the box's nearest corner
+    return 1;
+}

@@ -1,0 +1,16 @@
+// The sky: a cube of six textures around the eye, drawn straight into the 8x8-pixel blocks that
+// the occluders leave open, before any scene object. The colour buffer is never cleared, so the
+// level's occluders must cover every pixel the world draws over.
+#pragma once
+
+#include <stdint.h>
+
+enum { SKY_FACES = 6 };
+
+// The textures of faces 0 ... 5 (+x, -x, +y, -y, +z, -z of the view ray), loaded by the start-up
+// driver from "sky_night01.png" ... "sky_night06.png" in that order.
+extern int32_t sky_textures[SKY_FACES];
+
+// Every pixel of every coarse occlusion cell that is exactly 0: the nearest texel of the face the
+// pixel's view ray meets, written unchanged (no light, tint, depth or transparency).
+void draw_sky();

@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include "assets/world.h"
+#include "render/frame.h"
+#include "render/occlusion.h"
+#include "support/render_world.h"
+#include "support/test_heap.h"
+
+namespace {
+
+// A 64 x 64 frame: a 32 x 32 fine buffer (scale 32, no offsets) and an 8 x 8 coarse grid (scale 8).
+class occlusion_buffer : public render_world_test {
+protected:
+    int32_t texture = -1;
+
+    void SetUp() override
+    {
+        render_world_test::SetUp();
+        texture = add_texture(0xFFFF);
+    }
+
+    static float fine(int32_t x, int32_t y)
+    {
+        return depth_buffer[y * occlusion_fine_width + x];
+    }
+    static float& fine_at(int32_t x, int32_t y)
+    {
+        return depth_buffer[y * occlusion_fine_width + x];
+    }
+    static float coarse(int32_t column, int32_t row)
+    {
+        return occlusion_coarse[row * occlusion_columns + column];
+    }
+    static void fill_fine(float value)
+    {
+        for (int32_t i = 0; i < occlusion_fine_width * occlusion_fine_height; ++i)
+            depth_buffer[i] = value;
+    }
+    // Draws the occluders of a model at the origin, unturned.
+    static void occlude(int32_t model_index)
+    {
+        placement at_origin = placement_from_angles({0, 0, 0}, 0.0f, 0.0f);
+        rasterize_occluders(registry_at<model>(&models, model_index), &at_origin);
+    }
+};
+
+} // namespace
+
+TEST_F(occlusion_buffer, start_up_sizes_both_buffers_and_zero_fills_the_coarse_grid)
+{
+    test_frame wide(80, 48);
+    ASSERT_EQ(occlusion_buffers_create(), 1);
+    EXPECT_EQ(occlusion_fine_width, 40);
+    EXPECT_EQ(occlusion_fine_height, 24);
+    EXPECT_EQ(occlusion_fine_viewport.scale, 24.0f);
+    EXPECT_EQ(occlusion_fine_viewport.offset_x, 8.0f);
+    EXPECT_EQ(occlusion_fine_viewport.offset_y, 0.0f);
+    EXPECT_EQ(occlusion_columns, 10);
+    EXPECT_EQ(occlusion_rows, 6);
+    EXPECT_EQ(occlusion_coarse_viewport.scale, 6.0f);
+    EXPECT_EQ(occlusion_coarse_viewport.offset_x, 2.0f);
+    for (int32_t i = 0; i < 60; ++i)
+        EXPECT_EQ(occlusion_coarse[i], 0.0f);
+}
+
+TEST_F(occlusion_buffer, start_up_fails_when_the_coarse_grid_cannot_be_had)
+{
+    test_frame bigger(256, 256);
+    test_heap::reset();
+    test_heap::fail_request(1);
+    EXPECT_EQ(occlusion_buffers_create(), 0);
+    test_heap::reset();
+}
+
+TEST_F(occlusion_buffer, an_occluder_facing_the_eye_keeps_its_nearest_1_over_z_in_every_pixel_it_covers)
+{
+    int32_t wall = add_square_model(-1, -1, 1, 1, 2.0f, texture); // exactly the whole view at z = 2
+    make_occluder(wall);
+    occlude(wall);
+    for (int32_t y = 0; y < 32; ++y)
+        for (int32_t x = 0; x < 32; ++x)
+            ASSERT_EQ(fine(x, y), 0.5f) << x << "," << y;
+}
+
+TEST_F(occlusion_buffer, the_nearer_of_two_occluders_wins)
+{
+    int32_t far_wall = add_square_model(-4, -4, 4, 4, 4.0f, texture);
+    int32_t near_wall = add_square_model(-1, -1, 1, 1, 2.0f, texture);
+    make_occluder(near_wall);
+    make_occluder(far_wall);
+    occlude(near_wall);
+    occlude(far_wall);
+    EXPECT_EQ(fine(16, 16), 0.5f);
+}
+
+TEST_F(occlusion_buffer, occluders_are_one_sided)
+{
+    int32_t wall = add_model({{-1, -1, 2}, {1, 1, 2}, {-1, 1, 2}}, {{0, 1, 2}}, {}); // wound away from the eye
+    make_occluder(wall);
+    occlude(wall);
+    for (int32_t i = 0; i < 32 * 32; ++i)
+        ASSERT_EQ(depth_buffer[i], 0.0f);
+}
+
+TEST_F(occlusion_buffer, an_occluder_crossing_the_near_plane_is_clipped_and_still_drawn)
+{
+    int32_t wedge = add_model({{-1, -1, 2}, {-1, 1, 2}, {1, 0, -1}}, {{0, 1, 2}}, {});
+    make_occluder(wedge);
+    occlude(wedge);
+    EXPECT_GT(fine(16, 16), 0.0f);
+    EXPECT_GT(fine(31, 16), 0.0f); // where the cut part runs off the right of the view
+}
+
+TEST_F(occlusion_buffer, occluder_spans_leave_out_a_pixel_centred_on_the_left_edge_and_keep_one_on_the_right)
+{
+    // A rectangle from fine x 3.5 to 10.5 and y 2 to 6, at depth 1.
+    int32_t block = add_square_model(3.5f / 32 - 0.5f, 2.0f / 32 - 0.5f, 10.5f / 32 - 0.5f, 6.0f / 32 - 0.5f, 1.0f,
+                                     texture);
+    make_occluder(block);
+    occlude(block);
+    for (int32_t y = 0; y < 8; ++y) {
+        bool covered_row = y >= 2 && y < 6;
+        EXPECT_EQ(fine(3, y), 0.0f) << y;
+        EXPECT_EQ(fine(4, y), covered_row ? 1.0f : 0.0f) << y;
+        EXPECT_EQ(fine(10, y), covered_row ? 1.0f : 0.0f) << y;
+        EXPECT_EQ(fine(11, y), 0.0f) << y;
+    }
+}
+
+TEST_F(occlusion_buffer, the_reduction_keeps_each_cells_farthest_occluder_and_clears_the_fine_buffer)
+{
+    fill_fine(1.0f);
+    fine_at(5, 6) = 0.25f; // in cell (1, 1)
+    fine_at(7, 7) = 0.5f;
+    reduce_occlusion_buffer();
+    EXPECT_EQ(coarse(1, 1), 0.25f);
+    EXPECT_EQ(coarse(0, 0), 1.0f);
+    for (int32_t i = 0; i < 32 * 32; ++i)
+        ASSERT_EQ(depth_buffer[i], 0.0f);
+}
+
+TEST_F(occlusion_buffer, a_coarse_cell_with_any_pixel_free_of_occluders_never_hides)
+{
+    fill_fine(10.0f); // occluders at depth 0.1 everywhere
+    fine_at(4 * 3 + 3, 4 * 3 + 2) = 0.0f; // but one pixel of cell (3, 3) is open
+    reduce_occlusion_buffer();
+    EXPECT_EQ(coarse(3, 3), 0.0f);
+    // A box far behind, seen only in cell (3, 3), and one seen only in cell (5, 5).
+    const float in_open_cell[6] = {-1.0f, -1.0f, 10, -0.2f, -0.2f, 11};
+    const float in_covered_cell[6] = {1.5f, 1.5f, 10, 2.2f, 2.2f, 11};
+    EXPECT_EQ(box_occluded(in_open_cell), 0);
+    EXPECT_EQ(box_occluded(in_covered_cell), 1);
+}
+
+TEST_F(occlusion_buffer, a_box_nearer_than_the_occluders_is_not_hidden_and_one_beyond_is)
+{
+    fill_fine(0.1f); // a wall at depth 10 over the whole view
+    reduce_occlusion_buffer();
+    const float in_front[6] = {-1, -1, 2, 1, 1, 3};
+    const float behind_the_wall[6] = {-1, -1, 20, 1, 1, 21};
+    EXPECT_EQ(box_occluded(in_front), 0);
+    EXPECT_EQ(box_occluded(behind_the_wall), 1);
+}
+
+TEST_F(occlusion_buffer, a_box_reaching_behind_the_camera_is_never_hidden)
+{
+    fill_fine(1000.0f);
+    reduce_occlusion_buffer();
+    const float reaching_behind[6] = {-1, -1, -1, 1, 1, 5};
+    const float just_short_of_the_near_plane[6] = {-1, -1, 0.009f, 1, 1, 5};
+    EXPECT_EQ(box_occluded(reaching_behind), 0);
+    EXPECT_EQ(box_occluded(just_short_of_the_near_plane), 0);
+}
+
+TEST_F(occlusion_buffer, a_box_wholly_above_the_frame_covers_no_row_and_counts_as_hidden)
+{
+    const float above[6] = {-1, -30, 4, 1, -20, 5};
+    EXPECT_EQ(box_occluded(above), 1);
+}
