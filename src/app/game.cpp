@@ -2,26 +2,126 @@
 
 #include <math.h>
 
+#include "app/light_styles.h"
+#include "assets/animation.h"
+#include "assets/item.h"
+#include "assets/model.h"
+#include "assets/scene.h"
+#include "assets/sound.h"
+#include "assets/texture.h"
+#include "assets/world.h"
 #include "audio/mixer.h"
 #include "core/debug_flags.h"
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
+#include "core/text.h"
+#include "game/player.h"
+#include "game/player_sounds.h"
+#include "render/colour_tables.h"
+#include "render/frame.h"
+#include "ui/font.h"
 
 float fov_target;
 float fov_current;
-void (*texture_reload_hook)();
 start_placement requested_start_placement;
+char death_text[] = "You Are Dead!";
+
+int32_t sound_door_opening;
+int32_t sound_door_closing;
+int32_t sound_door_locked;
+int32_t sound_door_unlock;
+
+// ---- Start-up ---------------------------------------------------------------------------------
+
+static void place_player_at_start()
+{
+    if (!requested_start_placement.requested)
+        return;
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    player->position = {requested_start_placement.position[0], requested_start_placement.position[1],
+                        requested_start_placement.position[2]};
+    player->yaw = requested_start_placement.yaw;
+    player->pitch = requested_start_placement.pitch;
+}
+
+static int create_game_player()
+{
+    clear_player_motion();
+    if (!create_player())
+        return 0;
+    place_player_at_start();
+    return 1;
+}
+
+static int load_sky_textures()
+{
+    char name[ASSET_NAME_CAPACITY];
+    for (int32_t face = 0; face < SKY_FACE_COUNT; ++face) {
+        string_printf(name, sizeof name, "sky_night%02d.png", face + 1);
+        sky_textures[face] = load_texture(name);
+        if (sky_textures[face] < 0)
+            return 0;
+    }
+    return 1;
+}
+
+static int load_fixed_sound(int32_t* index, const char* name)
+{
+    *index = load_sound(name);
+    return *index >= 0;
+}
+
+// The door sounds, four footsteps and a landing per material, then the player's own: 37 in all.
+static int load_fixed_sounds()
+{
+    if (!load_fixed_sound(&sound_door_opening, "door_opening.wav") ||
+        !load_fixed_sound(&sound_door_closing, "door_closing.wav") ||
+        !load_fixed_sound(&sound_door_locked, "door_locked.wav") ||
+        !load_fixed_sound(&sound_door_unlock, "door_unlock.wav"))
+        return 0;
+    char name[ASSET_NAME_CAPACITY];
+    for (int32_t material = 0; material < MATERIAL_COUNT; ++material) {
+        for (int32_t variant = 0; variant < FOOTSTEP_VARIANTS; ++variant) {
+            string_printf(name, sizeof name, "pl_step_%s%02d.wav", material_names[material], variant + 1);
+            if (!load_fixed_sound(&sound_step[material][variant], name))
+                return 0;
+        }
+    }
+    for (int32_t material = 0; material < MATERIAL_COUNT; ++material) {
+        string_printf(name, sizeof name, "pl_land_%s01.wav", material_names[material]);
+        if (!load_fixed_sound(&sound_land[material], name))
+            return 0;
+    }
+    return load_fixed_sound(&sound_hurt, "pl_hurt01.wav") && load_fixed_sound(&sound_death, "pl_death01.wav") &&
+           load_fixed_sound(&sound_climb, "pl_climb01.wav");
+}
 
 int game_init()
 {
     if (!audio_open(AUDIO_DEFAULT_DEVICE, GAME_AUDIO_RATE, GAME_AUDIO_CHANNELS, GAME_AUDIO_BITS,
                     GAME_AUDIO_BLOCK_BYTES))
         return 0;
+    if (!depth_buffer_create() || !occlusion_buffers_create())
+        return 0;
+    build_colour_tables();
     game_time = 0.0f;
+    if (!create_game_player())
+        return 0;
     fov_current = FOV * DEGREES_TO_RADIANS;
-    return 1;
+    if (!load_game_fonts() || make_fallback_texture() < 0 || !load_sky_textures())
+        return 0;
+    // Index 0 of models and animations stands for none: an empty model draws nothing.
+    if (registry_claim(&models) != 0 || registry_claim(&animations) != 0)
+        return 0;
+    if (!load_fixed_sounds())
+        return 0;
+    if (registry_claim(&items) != 0) // item 0 is the placeholder
+        return 0;
+    return load_items("gloamhold_data/items.xml") && load_scene("gloamhold_data/scene.xml");
 }
+
+// ---- One update -------------------------------------------------------------------------------
 
 static void flip(int32_t* flag)
 {
@@ -48,19 +148,20 @@ static const debug_key debug_keys[] = {
     {KEYCODE_F1 + 10, &TEXTURE_DITHERING},
 };
 
-// Only a key that went down since the last update flips its switch, once.
+// Only a key that went down since the last update flips its switch, once. Texture dithering is
+// applied when textures are converted, so flipping it converts every texture again at once.
 static void toggle_debug_flags()
 {
     for (const debug_key& key : debug_keys) {
         if (key_state[key.code] != KEY_PRESSED)
             continue;
         flip(key.flag);
-        if (key.code == KEYCODE_F11 && texture_reload_hook)
-            texture_reload_hook();
+        if (key.code == KEYCODE_F11)
+            reload_textures();
     }
 }
 
-// Mouse capture, time scaling and zoom, while no dialogue is open.
+// Mouse capture, time scaling and zoom.
 static void apply_control_keys()
 {
     if (key_state[KEYCODE_LBUTTON] != KEY_UP && mouse_captured == 0) {
@@ -79,15 +180,127 @@ static void apply_control_keys()
         fov_target = FOV * DEGREES_TO_RADIANS;
 }
 
+// Every object slot, in use or not, remembers where it was for the frames drawn until the next update.
+static void remember_previous_placements()
+{
+    for (int32_t i = 0; i < objects.count; ++i) {
+        object* o = registry_at<object>(&objects, i);
+        o->previous_position = o->position;
+        o->previous_yaw = o->yaw;
+        o->previous_pitch = o->pitch;
+    }
+}
+
+// Objects taken out of the world during the update (picked up) give their slots back.
+static void release_removed_objects()
+{
+    for (int32_t i = 0; i < objects.count; ++i)
+        if (registry_in_use(&objects, i) && registry_at<object>(&objects, i)->removed != 0)
+            registry_free(&objects, i);
+}
+
 void game_update()
 {
     toggle_debug_flags();
     apply_control_keys();
     // Eases toward the target with the update's own (possibly scaled) length.
     fov_current += (1.0f - expf(-16.0f * tick_dt)) * (fov_target - fov_current);
+    remember_previous_placements();
+    update_light_styles();
+    update_player(registry_at<object>(&objects, PLAYER_OBJECT));
+    release_removed_objects();
 }
 
-// Nothing of the world is drawn yet: the frame is the renderer's, and mouse-look turns the player.
+// ---- One frame --------------------------------------------------------------------------------
+
+enum : uint16_t { DEATH_TEXT_COLOUR = 0xFFFF };
+constexpr float EYE_HEIGHT = 1.75f;
+constexpr float PITCH_LIMIT = 1.5707964f;
+
+// Mouse-look turns the player once per frame, not per update, and is not interpolated.
+static void apply_mouse_look(object* player)
+{
+    if (!mouse_captured)
+        return;
+    player->yaw -= mouse_delta_x * 0.001f * MOUSE_SENSITIVITY_X;
+    float pitch = player->pitch - mouse_delta_y * 0.001f * MOUSE_SENSITIVITY_Y;
+    player->pitch = pitch < -PITCH_LIMIT ? -PITCH_LIMIT : (pitch > PITCH_LIMIT ? PITCH_LIMIT : pitch);
+}
+
+static float interpolate(float previous, float current)
+{
+    return previous + (current - previous) * render_alpha;
+}
+
+// The eye at the player's interpolated feet, raised by the eye height and the head bob.
+static void set_up_camera(const object* player)
+{
+    view_mapping_update();
+    camera_position[0] = interpolate(player->previous_position.x, player->position.x);
+    camera_position[1] = interpolate(player->previous_position.y, player->position.y) - EYE_HEIGHT -
+                         player_motion.bob_offset;
+    camera_position[2] = interpolate(player->previous_position.z, player->position.z);
+    camera_yaw_sin = sinf(player->yaw);
+    camera_yaw_cos = cosf(player->yaw);
+    camera_pitch_sin = sinf(player->pitch);
+    camera_pitch_cos = cosf(player->pitch);
+    projection_scale = 1.0f / tanf(fov_current * 0.5f);
+    float width = static_cast<float>(frame_width), height = static_cast<float>(frame_height);
+    float aspect_x = width / height > 1.0f ? width / height : 1.0f;
+    float aspect_y = height / width > 1.0f ? height / width : 1.0f;
+    build_frustum(aspect_x, aspect_y, projection_scale);
+}
+
+// Textures that failed to load pulse between shade 0.25 and 0.75.
+static void pulse_fallback_texture()
+{
+    registry_at<texture>(&textures, fallback_texture)->e_level =
+        static_cast<float>(sin(real_time * 10.0) * 0.25 + 0.5);
+}
+
+// Visibility, the sky into every open block, the objects that are not hidden, then the
+// translucent triangles farthest first.
+static void draw_world()
+{
+    if (debug_portal_culling)
+        cull_portals();
+    build_draw_list();
+    for (int32_t i = 0; i < draw_list_count; ++i)
+        rasterize_occluders(&draw_list[i]);
+    reduce_occlusion_buffer();
+    draw_sky();
+    for (int32_t i = 0; i < draw_list_count; ++i)
+        if (!box_occluded(&draw_list[i]))
+            draw_scene_object(&draw_list[i]);
+    sort_deferred_triangles();
+    draw_deferred_triangles();
+}
+
+// A red picture (each pixel's blue moves into red, all else is dropped: a bit trick kept as it
+// is) and, one second in two, the death text in the middle.
+static void draw_death_screen()
+{
+    int32_t pixels = frame_width * frame_height;
+    for (int32_t i = 0; i < pixels; ++i)
+        color_buffer[i] = static_cast<uint16_t>(color_buffer[i] << 10);
+    if (fmodf(game_time - player_motion.death_time, 2.0f) > 1.0f) {
+        int32_t x = (frame_width - text_width(death_text, -1, &font_dialogue)) / 2;
+        int32_t y = (frame_height - static_cast<int32_t>(font_dialogue.line_height)) / 2;
+        draw_text(x, y, death_text, -1, &font_dialogue, DEATH_TEXT_COLOUR);
+    }
+}
+
 void game_render()
 {
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    apply_mouse_look(player);
+    set_up_camera(player);
+    depth_buffer_clear();
+    reset_deferred_triangles();
+    pulse_fallback_texture();
+    draw_world();
+    if (player_motion.dead_flag)
+        draw_death_screen();
+    if (debug_show_areas)
+        draw_areas_and_portals();
 }

@@ -14,9 +14,14 @@ void game_render();
 extern float fov_target;  // vertical field of view the view is easing toward, radians
 extern float fov_current; // vertical field of view in use, radians
 
-// Called right after F11 flips TEXTURE_DITHERING, to convert every texture again with the new
-// setting; null while no texture loader is linked in.
-extern void (*texture_reload_hook)();
+// Sounds of the door step, loaded at start-up with the player's (a missing one stops the game).
+extern int32_t sound_door_opening;
+extern int32_t sound_door_closing;
+extern int32_t sound_door_locked;
+extern int32_t sound_door_unlock;
+
+// What the death screen blinks, in the dialogue font.
+extern char death_text[];
 
 // Where to put the player before the first update instead of the scene's start (the headless
 // host's --place); honoured when the player is created.
