@@ -19,7 +19,12 @@
 #include "game/player.h"
 #include "game/player_sounds.h"
 #include "render/colour_tables.h"
+#include "render/debug_draw.h"
 #include "render/frame.h"
+#include "render/occlusion.h"
+#include "render/sky.h"
+#include "render/visibility.h"
+#include "render/world_pass.h"
 #include "ui/font.h"
 
 float fov_target;
@@ -57,7 +62,7 @@ static int create_game_player()
 static int load_sky_textures()
 {
     char name[ASSET_NAME_CAPACITY];
-    for (int32_t face = 0; face < SKY_FACE_COUNT; ++face) {
+    for (int32_t face = 0; face < SKY_FACES; ++face) {
         string_printf(name, sizeof name, "sky_night%02d.png", face + 1);
         sky_textures[face] = load_texture(name);
         if (sky_textures[face] < 0)
@@ -258,6 +263,11 @@ static void pulse_fallback_texture()
         static_cast<float>(sin(real_time * 10.0) * 0.25 + 0.5);
 }
 
+static const model* object_model(int32_t object_index)
+{
+    return registry_at<model>(&models, registry_at<object>(&objects, object_index)->model);
+}
+
 // Visibility, the sky into every open block, the objects that are not hidden, then the
 // translucent triangles farthest first.
 static void draw_world()
@@ -265,13 +275,17 @@ static void draw_world()
     if (debug_portal_culling)
         cull_portals();
     build_draw_list();
-    for (int32_t i = 0; i < draw_list_count; ++i)
-        rasterize_occluders(&draw_list[i]);
+    for (int32_t i = 0; i < draw_list_count; ++i) {
+        const draw_record* record = &draw_list[i];
+        rasterize_occluders(object_model(record->object), &record->place);
+    }
     reduce_occlusion_buffer();
     draw_sky();
-    for (int32_t i = 0; i < draw_list_count; ++i)
-        if (!box_occluded(&draw_list[i]))
-            draw_scene_object(&draw_list[i]);
+    for (int32_t i = 0; i < draw_list_count; ++i) {
+        const draw_record* record = &draw_list[i];
+        if (!box_occluded(record->box))
+            draw_scene_object(record->object, &record->place, record->area);
+    }
     sort_deferred_triangles();
     draw_deferred_triangles();
 }

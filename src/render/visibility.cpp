@@ -17,7 +17,6 @@ int32_t draw_list_count;
 namespace {
 
 constexpr float ONE_DEGREE = 0.017453292f;
-constexpr int32_t TREE_STEP_LIMIT = 255;
 
 // An area waiting to be walked, with the rectangle through which it was first reached: areas
 // beyond it are seen through that rectangle even if a later portal widens the area's own.
@@ -116,22 +115,6 @@ void build_frustum(float kx, float ky, float s)
     for (int32_t i = 0; i < FRUSTUM_PLANES; ++i)
         for (int32_t k = 0; k < 3; ++k)
             frustum_planes[i][k] = planes[i][k];
-}
-
-int32_t find_point_area(const collision_tree* tree, int32_t root, vec3 point)
-{
-    int32_t node = root;
-    for (int32_t count = 1; count < TREE_STEP_LIMIT; ++count) {
-        if (node < 0 || node >= tree->node_count)
-            return 0;
-        const bsp_node* n = &tree->nodes[node];
-        int front = n->plane.a * point.x + n->plane.b * point.y + n->plane.c * point.z - n->plane.d >= 0.0f;
-        int32_t child = front ? n->front : n->back;
-        if (child == 0)
-            return front ? count : 0;
-        node = child;
-    }
-    return 0;
 }
 
 void find_camera_area()

@@ -42,10 +42,6 @@ extern int32_t draw_list_count;
 // projection scale s.
 void build_frustum(float kx, float ky, float s);
 
-// Walks a room's point-location tree from `root`: the number of nodes visited (> 0) when the point
-// lies inside, 0 when outside or after 254 steps without reaching a leaf.
-int32_t find_point_area(const collision_tree* tree, int32_t root, vec3 point);
-
 // Sets camera_area and camera_area_iterations from camera_position: the first area after area 0
 // whose box holds the eye (faces included) and whose tree says inside, else area 0.
 void find_camera_area();
