@@ -6,7 +6,9 @@ case:
   pattern  the title shows sensible counts, the client area shows the pattern that
            tests/e2e/pattern.h draws, scaled by SCREEN_SCALE, and Escape (mouse free) quits with 0;
   quit     the title shows sensible counts, the client area has the size SCREEN_SCALE gives (a
-           screenshot is kept) and Escape quits with 0 (any drivers);
+           screenshot is kept) and Escape quits with 0 (any drivers); with --reference, the
+           client area must also look like the headless host's frame of the same start (the
+           lights flicker on their own clocks, so most pixels, not all, must match);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
            box is dismissed and the process ends.
 Screenshots are kept under --keep for people to look at. Exit status 0 when every check passed.
@@ -76,24 +78,7 @@ def screenshot(window, keep_as):
     ppm = subprocess.run(["import", "-window", window, "-depth", "8", "ppm:-"], capture_output=True, check=True).stdout
     if keep_as:
         subprocess.run(["convert", "ppm:-", keep_as], input=ppm, check=True)
-    fields = []
-    at = 0
-    while len(fields) < 4:  # magic, width, height, maximum; '#' comments allowed between
-        while ppm[at:at + 1].isspace():
-            at += 1
-        if ppm[at:at + 1] == b"#":
-            at = ppm.index(b"\n", at) + 1
-            continue
-        end = at
-        while not ppm[end:end + 1].isspace():
-            end += 1
-        fields.append(ppm[at:end])
-        at = end
-    if fields[0] != b"P6" or fields[3] != b"255":
-        fail("unexpected screenshot format %r" % fields)
-    width, height = int(fields[1]), int(fields[2])
-    data = ppm[at + 1:]
-    return width, height, data
+    return read_ppm(ppm)
 
 
 def pattern_rgb(x, y):
@@ -132,6 +117,49 @@ def check_pattern(window, width, height, scale, keep_as):
                                                                          client_width, client_height), flush=True)
 
 
+def read_ppm(ppm):
+    """(width, height, rgb bytes) of a binary PPM; '#' comments are allowed between the fields."""
+    fields = []
+    at = 0
+    while len(fields) < 4:  # magic, width, height, maximum
+        while ppm[at:at + 1].isspace():
+            at += 1
+        if ppm[at:at + 1] == b"#":
+            at = ppm.index(b"\n", at) + 1
+            continue
+        end = at
+        while not ppm[end:end + 1].isspace():
+            end += 1
+        fields.append(ppm[at:end])
+        at = end
+    if fields[0] != b"P6" or fields[3] != b"255":
+        fail("unexpected image format %r" % fields)
+    return int(fields[1]), int(fields[2]), ppm[at + 1:]
+
+
+def headless_reference(program, work):
+    """The frame the headless host draws after a short run from the same start, as rgb rows."""
+    shot = os.path.join(work, "reference.png")
+    subprocess.run([program, "-C", work, "--ticks", "20", "--shot", "19:" + shot], check=True)
+    ppm = subprocess.run(["convert", shot, "-depth", "8", "ppm:-"], capture_output=True, check=True).stdout
+    return read_ppm(ppm)
+
+
+def check_like_reference(shot, reference):
+    """Most pixels within a small distance of the reference: flickering lights and the pulse of
+    missing textures are allowed to differ, a wrong picture is not."""
+    shot_width, shot_height, shot_data = shot
+    width, height, data = reference
+    if (shot_width, shot_height) != (width, height):
+        fail("window %dx%d, headless frame %dx%d" % (shot_width, shot_height, width, height))
+    close = sum(1 for i in range(0, len(data), 3)
+                if max(abs(shot_data[i + k] - data[i + k]) for k in range(3)) <= 24)
+    share = close / (width * height)
+    print("%.1f %% of the pixels match the headless frame" % (100 * share), flush=True)
+    if share < 0.9:
+        fail("the window does not show the headless host's frame (only %.1f %% close)" % (100 * share))
+
+
 def press(window, key):
     xdotool("windowfocus", "--sync", window)
     xdotool("key", "--clearmodifiers", key)
@@ -148,6 +176,8 @@ def wait_exit(process, timeout, what):
 
 def run(arguments, work):
     width, height = (int(part) for part in arguments.resolution.split("x"))
+    if arguments.data:
+        os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
     with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
         settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
 
@@ -161,6 +191,7 @@ def run(arguments, work):
     if arguments.case == "crash":
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
+    reference = headless_reference(arguments.reference, work) if arguments.reference else None
     process = subprocess.Popen(command, cwd=work, env=environment)
     try:
         window = find_window("^Gloamhold", process, 90)
@@ -188,7 +219,9 @@ def run(arguments, work):
         if arguments.case == "pattern":
             check_pattern(window, width, height, float(arguments.scale), keep_as)
         else:
-            check_client_size(window, width, height, float(arguments.scale), keep_as)
+            shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
+            if reference:
+                check_like_reference(shot, reference)
         press(window, "Escape")
         code = wait_exit(process, 30, "after Escape")
         if code != 0:
@@ -210,6 +243,8 @@ def main():
     parser.add_argument("--scale", default="1.0")
     parser.add_argument("--keep", help="folder for screenshots")
     parser.add_argument("--shot-name", default="window.png")
+    parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
+    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)
