@@ -328,6 +328,7 @@ def door_leaf(name, texture, width=1.4, height=2.5, thickness=0.12):
         u0, u1 = (0, 1) if facing[2] > 0 else (1, 0)
         corners = [(0.02, 0.01, z), (width - 0.02, 0.01, z), (width - 0.02, height - 0.02, z), (0.02, height - 0.02, z)]
         m.quad(texture, corners, [(u0, 1), (u1, 1), (u1, 0), (u0, 0)], facing)
+        m.collide_quad(WOOD, corners, facing)  # a shut leaf stops whoever walks into it
         m.occlude_quad(corners, facing, margin=0.06)
     x = width - 0.22
     for z0, z1 in ((t, t + 0.04), (-t - 0.04, -t)):

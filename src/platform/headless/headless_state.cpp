@@ -5,6 +5,9 @@
 #include <string.h>
 
 #include "assets/registry.h"
+#include "assets/world.h"
+#include "game/player.h"
+#include "render/visibility.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "platform/headless/headless_audio.h"
@@ -81,12 +84,42 @@ static void write_sounds(FILE* file)
     fprintf(file, "]}\n");
 }
 
+static void write_vec3_field(FILE* file, const char* name, vec3 value, const char* after)
+{
+    char x[48], y[48], z[48];
+    json_float(x, sizeof x, value.x);
+    json_float(y, sizeof y, value.y);
+    json_float(z, sizeof z, value.z);
+    fprintf(file, "\"%s\": [%s, %s, %s]%s", name, x, y, z, after);
+}
+
+// The player's object and movement state, once start-up has made the player.
+static void write_player(FILE* file)
+{
+    if (!registry_in_use(&objects, PLAYER_OBJECT))
+        return;
+    const object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    fprintf(file, " \"player\": {");
+    write_vec3_field(file, "position", player->position, ", ");
+    write_float_field(file, "yaw", player->yaw, ", ");
+    write_float_field(file, "pitch", player->pitch, ", ");
+    fprintf(file, "\"health\": %d,\n            \"health_max\": %d, \"on_ground\": %d, ", player->health,
+            player->health_max, player_motion.on_ground);
+    write_float_field(file, "ground_level", player_motion.ground_level, ", ");
+    fprintf(file, "\"ground_material\": %d,\n            ", player_motion.ground_material);
+    write_float_field(file, "vertical_velocity", player_motion.vertical_velocity, ", ");
+    write_float_field(file, "air_time", player_motion.air_time, ", ");
+    fprintf(file, "\"climbing\": %d, \"dead\": %d},\n", player_motion.climbing, player_motion.dead_flag);
+    fprintf(file, " \"camera_area\": %d,\n", camera_area);
+}
+
 int write_headless_state(FILE* file, int32_t tick, int64_t frames)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
     write_float_field(file, "game_time", game_time, ", ");
     fprintf(file, "\"frames\": %lld,\n", static_cast<long long>(frames));
     write_settings(file);
+    write_player(file);
     fprintf(file, " \"mouse_captured\": %d,\n", mouse_captured);
     write_sounds(file);
     return fflush(file) == 0 && !ferror(file);
