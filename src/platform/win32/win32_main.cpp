@@ -10,8 +10,6 @@
 #include "core/loop_state.h"
 #include "core/settings.h"
 
-IWICImagingFactory* wic_factory;
-
 // {317D06E8-5F24-433D-BDF7-79CE68D8ABC2} and {EC5EC8A9-C395-4314-9C77-54D7A935FF70}.
 static const CLSID imaging_factory_2_class = {0x317D06E8, 0x5F24, 0x433D, {0xBD, 0xF7, 0x79, 0xCE, 0x68, 0xD8, 0xAB, 0xC2}};
 static const IID imaging_factory_interface = {0xEC5EC8A9, 0xC395, 0x4314, {0x9C, 0x77, 0x54, 0xD7, 0xA9, 0x35, 0xFF, 0x70}};

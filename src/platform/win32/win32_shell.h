@@ -6,9 +6,7 @@
 #include <wincodec.h>
 
 #include "app/window_layout.h"
-
-// The imaging factory made at start-up; the texture decoder uses it.
-extern IWICImagingFactory* wic_factory;
+#include "platform/win32/win32_decoders.h" // wic_factory, which start-up creates for the texture decoder
 
 // The frame buffer's bitmap header (16-bit, top-down), its section and a memory DC holding it;
 // they live from WM_CREATE to WM_DESTROY.
