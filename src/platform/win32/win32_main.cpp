@@ -42,15 +42,20 @@ int create_main_window(HINSTANCE instance, HWND* window)
     return *window != INVALID_HANDLE_VALUE;
 }
 
+int start_system_services()
+{
+    if (CoInitialize(NULL) != S_OK) // S_FALSE fails too, deliberately
+        return 0;
+    if (CoCreateInstance(imaging_factory_2_class, NULL, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER,
+                         imaging_factory_interface, reinterpret_cast<void**>(&wic_factory)) != 0)
+        return 0;
+    return !FAILED(MFStartup(MEDIA_FOUNDATION_VERSION, MFSTARTUP_LITE));
+}
+
 int win_main(HINSTANCE instance, HINSTANCE, LPSTR, int show_command)
 {
     SetUnhandledExceptionFilter(crash_dump_filter);
-    if (CoInitialize(NULL) != S_OK) // S_FALSE fails too, deliberately
-        return 1;
-    if (CoCreateInstance(imaging_factory_2_class, NULL, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER,
-                         imaging_factory_interface, reinterpret_cast<void**>(&wic_factory)) != 0)
-        return 1;
-    if (FAILED(MFStartup(MEDIA_FOUNDATION_VERSION, MFSTARTUP_LITE)))
+    if (!start_system_services())
         return 1;
     if (!load_settings("settings.ini"))
         return 1;

@@ -17,6 +17,10 @@ extern HDC frame_dc;
 // The whole start-up, the loop and the end: 0 after the loop ends, 1 when a start-up step fails.
 int win_main(HINSTANCE instance, HINSTANCE previous_instance, LPSTR command_line, int show_command);
 
+// Start-up after the crash handler: COM (only S_OK counts), the imaging factory into wic_factory,
+// then Media Foundation's lite start; 0 at the first that fails. Nothing is ever shut down.
+int start_system_services();
+
 // Registers "MAIN_WINDOW" and creates the game's window, sized from the resolution and SCREEN_SCALE
 // and centred on the screen; the window procedure makes the frame buffer meanwhile. 0 when the
 // class cannot be registered or the handle is all ones; a null window is deliberately let through.

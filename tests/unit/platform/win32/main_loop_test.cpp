@@ -37,6 +37,8 @@ double cpu_seconds()
 
 TEST(win32_main_loop, a_second_and_a_half_runs_40_updates_and_60_frames_a_second_sleeping_between_them)
 {
+    // The game's drivers load the shipped data (the test runs beside it) through WIC and Media Foundation.
+    ASSERT_EQ(start_system_services(), 1);
     ASSERT_EQ(create_main_window(GetModuleHandleA(NULL), &running_window), 1);
     ShowWindow(running_window, SW_SHOW);
     SetTimer(NULL, 0, 1500, press_escape);
