@@ -40,8 +40,8 @@ def xdotool(*arguments):
     return result.stdout.strip() if result.returncode == 0 else ""
 
 
-def find_window(name_pattern, process, timeout):
-    """The X window whose name matches, once it is there (Wine may take a while to start)."""
+def wait_for_window(name_pattern, process, timeout):
+    """The X window whose name matches once it is there (Wine may take a while to start), or None."""
     deadline = time.monotonic() + timeout
     while time.monotonic() < deadline:
         if process.poll() is not None:
@@ -50,10 +50,31 @@ def find_window(name_pattern, process, timeout):
         if found:
             return found[0]
         time.sleep(0.25)
-    names = subprocess.run(["xdotool", "search", "--name", ".", "getwindowname", "%@"], capture_output=True,
-                           text=True).stdout.split("\n")
-    fail("no window named like %r within %d s; windows on %s: %r"
-         % (name_pattern, timeout, os.environ.get("DISPLAY"), names))
+    return None
+
+
+def find_window(name_pattern, process, timeout):
+    window = wait_for_window(name_pattern, process, timeout)
+    if window is None:
+        names = subprocess.run(["xdotool", "search", "--name", ".", "getwindowname", "%@"], capture_output=True,
+                               text=True).stdout.split("\n")
+        fail("no window named like %r within %d s; windows on %s: %r"
+             % (name_pattern, timeout, os.environ.get("DISPLAY"), names))
+    return window
+
+
+def start_program(command, work, environment):
+    """Starts the program and returns it with its main window. On a loaded machine a start now and
+    then never shows its window; such a start is ended and the program started once more."""
+    for attempt in (1, 2):
+        process = subprocess.Popen(command, cwd=work, env=environment)
+        window = wait_for_window("^Gloamhold", process, 60)
+        if window is not None:
+            return process, window
+        process.kill()
+        process.wait()
+        print("no window after 60 s (start %d); starting again" % attempt, flush=True)
+    fail("the program never showed its window")
 
 
 def wait_for_counts(window, timeout):
@@ -192,9 +213,8 @@ def run(arguments, work):
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
     reference = headless_reference(arguments.reference, work) if arguments.reference else None
-    process = subprocess.Popen(command, cwd=work, env=environment)
+    process, window = start_program(command, work, environment)
     try:
-        window = find_window("^Gloamhold", process, 90)
         if arguments.case == "crash":
             box = find_window("^Crash$", process, 60)
             dump = os.path.join(work, "crash.dmp")
