@@ -31,6 +31,7 @@ float fov_target;
 float fov_current;
 start_placement requested_start_placement;
 char death_text[] = "You Are Dead!";
+void (*frame_pass_ended)(frame_pass pass);
 
 int32_t sound_door_opening;
 int32_t sound_door_closing;
@@ -263,6 +264,12 @@ static void pulse_fallback_texture()
         static_cast<float>(sin(real_time * 10.0) * 0.25 + 0.5);
 }
 
+static void end_pass(frame_pass pass)
+{
+    if (frame_pass_ended)
+        frame_pass_ended(pass);
+}
+
 static const model* object_model(int32_t object_index)
 {
     return registry_at<model>(&models, registry_at<object>(&objects, object_index)->model);
@@ -275,19 +282,24 @@ static void draw_world()
     if (debug_portal_culling)
         cull_portals();
     build_draw_list();
+    end_pass(FRAME_PASS_VISIBILITY);
     for (int32_t i = 0; i < draw_list_count; ++i) {
         const draw_record* record = &draw_list[i];
         rasterize_occluders(object_model(record->object), &record->place);
     }
     reduce_occlusion_buffer();
+    end_pass(FRAME_PASS_OCCLUSION);
     draw_sky();
+    end_pass(FRAME_PASS_SKY);
     for (int32_t i = 0; i < draw_list_count; ++i) {
         const draw_record* record = &draw_list[i];
         if (!box_occluded(record->box))
             draw_scene_object(record->object, &record->place, record->area);
     }
+    end_pass(FRAME_PASS_OPAQUE);
     sort_deferred_triangles();
     draw_deferred_triangles();
+    end_pass(FRAME_PASS_TRANSLUCENT);
 }
 
 // A red picture (each pixel's blue moves into red, all else is dropped: a bit trick kept as it
@@ -312,9 +324,11 @@ void game_render()
     depth_buffer_clear();
     reset_deferred_triangles();
     pulse_fallback_texture();
+    end_pass(FRAME_PASS_SETUP);
     draw_world();
     if (player_motion.dead_flag)
         draw_death_screen();
     if (debug_show_areas)
         draw_areas_and_portals();
+    end_pass(FRAME_PASS_OVERLAYS);
 }

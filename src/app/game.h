@@ -20,6 +20,21 @@ extern int32_t sound_door_closing;
 extern int32_t sound_door_locked;
 extern int32_t sound_door_unlock;
 
+// The passes of a frame, in the order game_render runs them.
+enum frame_pass : int32_t {
+    FRAME_PASS_SETUP,       // camera, depth clear, deferred list reset
+    FRAME_PASS_VISIBILITY,  // portal culling and the draw list
+    FRAME_PASS_OCCLUSION,   // occluders into the occlusion buffer and its reduction
+    FRAME_PASS_SKY,
+    FRAME_PASS_OPAQUE,      // every listed object that is not hidden
+    FRAME_PASS_TRANSLUCENT, // the deferred triangles, sorted and drawn
+    FRAME_PASS_OVERLAYS,    // death screen and debug views
+    FRAME_PASS_COUNT
+};
+// Called by game_render as each pass ends, when set: how benchmarks time the passes of real frames.
+// Null in the game.
+extern void (*frame_pass_ended)(frame_pass pass);
+
 // What the death screen blinks, in the dialogue font.
 extern char death_text[];
 

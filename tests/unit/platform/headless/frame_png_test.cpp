@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <png.h>
 #include <stdio.h>
 
 #include <string>
@@ -8,34 +7,8 @@
 
 #include "core/frame.h"
 #include "platform/headless/frame_png.h"
+#include "support/png_image.h"
 #include "support/temp_files.h"
-
-namespace {
-
-struct rgb_image {
-    png_uint_32 width = 0;
-    png_uint_32 height = 0;
-    std::vector<uint8_t> pixels;
-};
-
-// Reads an 8-bit RGB PNG back with libpng's simplified API.
-rgb_image read_png(const std::string& path)
-{
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    rgb_image result;
-    if (!png_image_begin_read_from_file(&image, path.c_str()))
-        return result;
-    image.format = PNG_FORMAT_RGB;
-    result.width = image.width;
-    result.height = image.height;
-    result.pixels.resize(PNG_IMAGE_SIZE(image));
-    if (!png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr))
-        result.pixels.clear();
-    return result;
-}
-
-} // namespace
 
 TEST(frame_png, each_5_bit_channel_is_widened_by_repeating_its_top_bits)
 {

@@ -1,0 +1,161 @@
+// Whole frames of the shipped level at 640 x 480, drawn by the game's own frame driver along a
+// fixed walk of 200 camera placements: the yard, the hall, the kitchen, the armoury, the storeroom,
+// up the stairwell, the library and the solar. Reports the median and 99th-percentile frame time
+// and the mean time of each pass, timed through the frame driver's pass hook.
+//
+// The player is moved straight to each placement (no update runs, so nothing falls or collides);
+// the clocks advance by one frame at 60 frames a second, so the Warden's animation plays. The
+// areas-and-portals view is switched off: the frames are the plain picture.
+#include <benchmark/benchmark.h>
+
+#include <math.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "app/game.h"
+#include "assets/registry.h"
+#include "assets/world.h"
+#include "core/debug_flags.h"
+#include "core/frame.h"
+#include "core/loop_state.h"
+#include "game/player.h"
+
+namespace {
+
+using frame_clock = std::chrono::steady_clock;
+
+const int32_t WIDTH = 640;
+const int32_t HEIGHT = 480;
+const int32_t PLACEMENTS = 200;
+
+// Feet position (y points down: -4.4 is the upper floor), then yaw and pitch in degrees.
+struct waypoint {
+    float x, y, z, yaw, pitch;
+};
+
+// Doors are shut: the walk passes through their leaves into the hall, the armoury and the solar.
+const waypoint walk[] = {
+    {0.0f, 0.0f, -6.0f, 0.0f, -10.0f},   // the yard, facing the keep
+    {-3.0f, 0.0f, -3.0f, 40.0f, -25.0f}, // the moon over the battlements
+    {2.0f, 0.0f, 3.0f, -20.0f, 0.0f},
+    {0.0f, 0.0f, 8.0f, 0.0f, 0.0f},      // before the oak door
+    {0.0f, 0.0f, 11.0f, 0.0f, 0.0f},     // the great hall
+    {0.0f, 0.0f, 13.3f, -90.0f, 0.0f},
+    {-6.5f, 0.0f, 13.3f, -90.0f, 5.0f},  // the kitchen
+    {-7.0f, 0.0f, 14.0f, 180.0f, 0.0f},
+    {-5.0f, 0.0f, 13.3f, 90.0f, 0.0f},
+    {3.5f, 0.0f, 13.3f, 90.0f, 0.0f},    // across the hall to the side door
+    {7.0f, 0.0f, 13.3f, 90.0f, 0.0f},    // the armoury
+    {7.0f, 0.0f, 15.0f, 0.0f, 0.0f},
+    {5.0f, 0.0f, 13.3f, -90.0f, 0.0f},
+    {0.0f, 0.0f, 17.0f, 0.0f, 0.0f},     // past the Warden
+    {0.0f, 0.0f, 22.0f, 45.0f, 0.0f},    // the storeroom
+    {3.0f, 0.0f, 23.0f, 90.0f, 0.0f},
+    {0.0f, 0.0f, 21.0f, 180.0f, 0.0f},
+    {0.0f, 0.0f, 18.8f, -90.0f, 0.0f},
+    {-6.0f, 0.0f, 18.8f, -90.0f, -10.0f},  // the stairwell
+    {-8.8f, 0.0f, 18.0f, 0.0f, -20.0f},    // the foot of the stairs
+    {-8.8f, -4.4f, 24.2f, 0.0f, 0.0f},     // their top
+    {-6.0f, -4.4f, 24.8f, 90.0f, 0.0f},
+    {-3.0f, -4.4f, 24.8f, 90.0f, 0.0f},    // the library
+    {0.0f, -4.4f, 21.0f, 180.0f, 0.0f},
+    {0.0f, -4.4f, 17.6f, 180.0f, 0.0f},
+    {0.0f, -4.4f, 15.0f, 180.0f, -5.0f},   // the solar
+    {0.0f, -4.4f, 12.0f, 180.0f, -10.0f},  // its stained-glass window
+    {2.0f, -4.4f, 13.0f, 45.0f, 0.0f},
+};
+const int32_t WAYPOINTS = sizeof walk / sizeof walk[0];
+
+// Placement i of PLACEMENTS, evenly spread over the walk's legs.
+waypoint placement_on_walk(int32_t i)
+{
+    float along = static_cast<float>(i) * (WAYPOINTS - 1) / (PLACEMENTS - 1);
+    int32_t leg = std::min(static_cast<int32_t>(along), WAYPOINTS - 2);
+    float t = along - static_cast<float>(leg);
+    const waypoint& a = walk[leg];
+    const waypoint& b = walk[leg + 1];
+    auto mix = [t](float from, float to) { return from + (to - from) * t; };
+    return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.yaw, b.yaw), mix(a.pitch, b.pitch)};
+}
+
+struct pass_times {
+    frame_clock::time_point last;
+    double seconds[FRAME_PASS_COUNT];
+};
+pass_times passes;
+
+void time_pass(frame_pass pass)
+{
+    frame_clock::time_point now = frame_clock::now();
+    passes.seconds[pass] += std::chrono::duration<double>(now - passes.last).count();
+    passes.last = now;
+}
+
+std::vector<uint16_t> frame_pixels(static_cast<size_t>(WIDTH) * HEIGHT);
+
+// The game as a host starts it, from the source tree's shipped data; 1 when it started.
+int start_game()
+{
+    static int started = -1;
+    if (started >= 0)
+        return started;
+    frame_width = WIDTH;
+    frame_height = HEIGHT;
+    color_buffer = frame_pixels.data();
+    started = chdir(GLOAMHOLD_SOURCE_DIR) == 0 && game_init();
+    debug_show_areas = 0;
+    frame_pass_ended = time_pass;
+    return started;
+}
+
+void stand_at(const waypoint& place)
+{
+    const float degrees = 0.017453292f;
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    player->position = player->previous_position = {place.x, place.y, place.z};
+    player->yaw = player->previous_yaw = place.yaw * degrees;
+    player->pitch = player->previous_pitch = place.pitch * degrees;
+}
+
+double percentile(std::vector<double> values, double fraction)
+{
+    std::sort(values.begin(), values.end());
+    size_t rank = static_cast<size_t>(ceil(fraction * static_cast<double>(values.size())));
+    return values[rank > 0 ? rank - 1 : 0];
+}
+
+} // namespace
+
+static void frame_along_the_walk(benchmark::State& state)
+{
+    if (!start_game()) {
+        state.SkipWithError("the game did not start from the shipped data");
+        return;
+    }
+    std::vector<double> frame_ms;
+    passes = {};
+    render_alpha = 1.0f;
+    for (auto _ : state) {
+        for (int32_t i = 0; i < PLACEMENTS; ++i) {
+            stand_at(placement_on_walk(i));
+            game_time += 1.0f / 60.0f;
+            real_time += 1.0 / 60.0;
+            frame_clock::time_point start = frame_clock::now();
+            passes.last = start;
+            game_render();
+            frame_ms.push_back(std::chrono::duration<double, std::milli>(frame_clock::now() - start).count());
+            benchmark::DoNotOptimize(color_buffer);
+        }
+    }
+    double frames = static_cast<double>(frame_ms.size());
+    state.counters["median_ms"] = percentile(frame_ms, 0.5);
+    state.counters["p99_ms"] = percentile(frame_ms, 0.99);
+    static const char* const pass_names[FRAME_PASS_COUNT] = {"setup_ms", "visibility_ms", "occlusion_ms", "sky_ms",
+                                                            "opaque_ms", "translucent_ms", "overlays_ms"};
+    for (int32_t pass = 0; pass < FRAME_PASS_COUNT; ++pass)
+        state.counters[pass_names[pass]] = passes.seconds[pass] * 1000.0 / frames;
+}
+BENCHMARK(frame_along_the_walk)->Unit(benchmark::kMillisecond)->Iterations(10);

@@ -1,0 +1,16 @@
+// PNG files read back as 8-bit RGB, for tests that look at the frames the game saved.
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <vector>
+
+struct rgb_image {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<uint8_t> pixels; // rows from the top, three bytes a pixel; empty when unreadable
+};
+
+// Any PNG converted to 8-bit RGB by libpng's simplified API.
+rgb_image read_png(const std::string& path);
