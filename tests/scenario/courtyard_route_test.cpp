@@ -131,3 +131,40 @@ TEST_F(courtyard_route, footsteps_on_the_route_follow_the_ground_underfoot)
     for (const std::string& name : stairs)
         EXPECT_EQ(name.rfind("pl_step_stone0", 0), 0u) << name;
 }
+
+namespace {
+
+// The curtain walls' tops, 6 above the yard, end at a parapet or battlements with an unseen screen
+// above, 10 from the yard's middle: running and jumping at it, and holding Space as if to climb,
+// leaves the player on the wall, short of the crag outside.
+struct wall_top_edge {
+    const char* place;    // on the wall top, facing outward (X,Y,Z,yaw,pitch in degrees)
+    int axis;             // 0 x, 2 z: the outward direction
+    float outward;        // its sign
+};
+
+const wall_top_edge WALL_TOP_EDGES[] = {
+    {"-9,-6,0,-90,0", 0, -1.0f},   // the west wall-walk
+    {"0,-6,-9.2,180,0", 2, -1.0f}, // the south wall
+    {"9.2,-6,0,90,0", 0, 1.0f},    // the east wall
+};
+
+const char* const RUN_AND_JUMP_AT_THE_EDGE =
+    "0 down SHIFT\n0 down W\n"
+    "10 down SPACE\n30 up SPACE\n"
+    "40 down SPACE\n41 up SPACE\n"
+    "60 up W\n60 up SHIFT\n";
+
+} // namespace
+
+TEST_F(courtyard_route, the_wall_tops_outer_edge_holds_a_player_who_runs_and_jumps_at_it)
+{
+    constexpr float SCREEN = 10.0f;
+    for (const wall_top_edge& edge : WALL_TOP_EDGES) {
+        json state = play_from(edge.place, RUN_AND_JUMP_AT_THE_EDGE, 80);
+        float reached = state["player"]["position"][edge.axis].get<float>() * edge.outward;
+        EXPECT_NEAR(reached, SCREEN - BODY_RADIUS, 0.02f) << edge.place;
+        EXPECT_NEAR(player_y(state), -WALL_WALK_HEIGHT, 1e-4f) << edge.place;
+        EXPECT_EQ(state["player"]["health"], 100) << edge.place;
+    }
+}
