@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr float RADIANS_PER_PIXEL = 0.001f; // mouse-look at sensitivity 1
-
 // The shipped yard, in the data's coordinates (x east, y = -height, z north).
 constexpr float COBBLED_PATH_HALF_WIDTH = 1.5f;
 constexpr float STAIRS_WEST = -8.0f; // the curtain wall's inner face
@@ -14,7 +12,6 @@ constexpr float STAIRS_SOUTH = -4.3f; // the first step
 constexpr float STAIRS_NORTH = 4.7f;  // the end of the top step
 constexpr float WALL_WALK_WEST = -10.0f; // the parapet
 constexpr float WALL_WALK_HEIGHT = 6.0f;
-constexpr float BODY_RADIUS = 0.35f;
 
 // The route. The mouse turns the view by 0.001 rad a pixel (sensitivity 1), so 1571 pixels right
 // is a quarter turn toward +x and 3142 a half turn.
@@ -61,7 +58,7 @@ using courtyard_route = scenario;
 TEST_F(courtyard_route, the_first_leg_turns_about_and_follows_the_cobbled_path_south)
 {
     json state = play(ROUTE_TO_THE_WALL_WALK, DOWN_THE_PATH);
-    EXPECT_NEAR(yaw_of(state), 3142 * RADIANS_PER_PIXEL, 1e-5f) << "facing south";
+    EXPECT_NEAR(yaw_of(state), 3142 * MOUSE_RADIANS_PER_PIXEL, 1e-5f) << "facing south";
     EXPECT_LT(std::abs(player_x(state)), COBBLED_PATH_HALF_WIDTH);
     EXPECT_FLOAT_EQ(player_y(state), 0.0f);
     EXPECT_LT(player_z(state), -5.0f);
@@ -71,7 +68,7 @@ TEST_F(courtyard_route, the_first_leg_turns_about_and_follows_the_cobbled_path_s
 TEST_F(courtyard_route, a_quarter_turn_right_leads_west_over_the_earth_to_the_foot_of_the_stairs)
 {
     json state = play(ROUTE_TO_THE_WALL_WALK, AT_THE_FOOT_OF_THE_STAIRS);
-    EXPECT_NEAR(yaw_of(state), (3142 + 1571) * RADIANS_PER_PIXEL, 1e-4f) << "facing west";
+    EXPECT_NEAR(yaw_of(state), (3142 + 1571) * MOUSE_RADIANS_PER_PIXEL, 1e-4f) << "facing west";
     EXPECT_GT(player_x(state), STAIRS_WEST + BODY_RADIUS);
     EXPECT_LT(player_x(state), STAIRS_EAST);
     EXPECT_LT(player_z(state), STAIRS_SOUTH);
@@ -82,7 +79,7 @@ TEST_F(courtyard_route, a_quarter_turn_right_leads_west_over_the_earth_to_the_fo
 TEST_F(courtyard_route, walking_north_climbs_the_stairs_step_by_step)
 {
     json state = play(ROUTE_TO_THE_WALL_WALK, NEAR_THE_TOP);
-    EXPECT_NEAR(yaw_of(state), (3142 + 1571 + 1571) * RADIANS_PER_PIXEL, 1e-4f) << "facing north";
+    EXPECT_NEAR(yaw_of(state), (3142 + 1571 + 1571) * MOUSE_RADIANS_PER_PIXEL, 1e-4f) << "facing north";
     EXPECT_GT(player_x(state), STAIRS_WEST);
     EXPECT_LT(player_x(state), STAIRS_EAST);
     EXPECT_LT(player_z(state), STAIRS_NORTH);
@@ -101,7 +98,7 @@ TEST_F(courtyard_route, the_route_from_the_start_ends_on_the_west_wall_walk)
     EXPECT_GT(player_x(state), WALL_WALK_WEST);
     EXPECT_LT(player_x(state), STAIRS_WEST) << "west of the stairs, over the curtain wall";
     EXPECT_NEAR(player_y(state), -WALL_WALK_HEIGHT, 1e-4f);
-    EXPECT_NEAR(yaw_of(state), (3142 + 1571 + 1571 - 1571) * RADIANS_PER_PIXEL, 1e-4f) << "facing west";
+    EXPECT_NEAR(yaw_of(state), (3142 + 1571 + 1571 - 1571) * MOUSE_RADIANS_PER_PIXEL, 1e-4f) << "facing west";
     EXPECT_EQ(player["on_ground"], 1);
     EXPECT_EQ(player["ground_material"], 0);
     EXPECT_EQ(player["health"], 100) << "nobody fell";

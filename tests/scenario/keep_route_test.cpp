@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr float RADIANS_PER_PIXEL = 0.001f; // mouse-look at sensitivity 1
-
 // The stairwell, in the data's coordinates (x east, y = -height, z north).
 constexpr float STAIRWELL_SOUTH_WALL = 17.4f;
 constexpr float STAIRWELL_WEST_WALL = -9.4f;
@@ -15,7 +13,6 @@ constexpr float FIRST_STEP = 18.5f; // where the stairs' foot stands
 constexpr float LANDING_SOUTH = 24.0f;
 constexpr float LIBRARY_FLOOR_HEIGHT = 4.4f;
 constexpr float LIBRARY_WEST_WALL = -4.2f;
-constexpr float BODY_RADIUS = 0.35f;
 constexpr int32_t STAIRWELL = 5;
 constexpr int32_t LIBRARY = 6;
 
@@ -73,7 +70,8 @@ TEST_F(keep_route, the_stairs_foot_leaves_room_to_stand_in_front_of_the_first_st
 TEST_F(keep_route, walking_north_from_the_foot_climbs_the_stairs_onto_the_landing)
 {
     json state = play_from(PLACE_IN_THE_HALL, ROUTE_TO_THE_LIBRARY, ON_THE_LANDING);
-    EXPECT_NEAR(state["player"]["yaw"].get<float>(), (-1571 - 1571 + 1571 + 1571) * RADIANS_PER_PIXEL, 1e-3f)
+    float placed_yaw = -90.0f * 0.017453292f;
+    EXPECT_NEAR(state["player"]["yaw"].get<float>(), placed_yaw + (-1571 + 1571 + 1571) * MOUSE_RADIANS_PER_PIXEL, 1e-4f)
         << "facing north";
     EXPECT_GT(player_z(state), LANDING_SOUTH);
     EXPECT_NEAR(player_y(state), -LIBRARY_FLOOR_HEIGHT, 1e-4f);

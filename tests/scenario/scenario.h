@@ -12,6 +12,12 @@
 
 using nlohmann::json;
 
+// Mouse-look turns the view by this much a pixel at the default sensitivity of 1.
+constexpr float MOUSE_RADIANS_PER_PIXEL = 0.001f;
+
+// The player's body is 0.35 wide either side of the feet: walls stop the feet that far away.
+constexpr float BODY_RADIUS = 0.35f;
+
 // A frame decoded from a PNG: 8-bit red, green and blue per pixel, rows top to bottom.
 struct rgb_frame {
     int32_t width;
