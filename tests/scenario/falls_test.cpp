@@ -1,7 +1,5 @@
 // Falls in the shipped level: off the west wall-walk into the yard, which hurts, and down the
 // well's dry shaft, which kills and brings up the red death screen.
-#include <math.h>
-
 #include "scenario.h"
 
 namespace {
