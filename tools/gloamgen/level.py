@@ -358,9 +358,12 @@ def build():
              {"+x": [(18.2, 19.4, 0.0, 2.5), (24.3, 25.3, 4.4, 6.8)]}, floor_size=2.0)
     stair.portal("hall", "x", -4.6, 18.2, 19.4, 0.0, 2.5, -1)
     stair.portal("library", "x", -4.6, 24.3, 25.3, 4.4, 6.8, -1)
+    # twenty-two steps of 0.2 up to the landing along the west wall; their foot stands 1.1 from the
+    # south wall, so that the first step is walked onto from the front (from the side, only steps
+    # under 0.5 can be, and a body does not fit beside the wall there)
     for i in range(1, 23):
-        z0 = 17.4 + 0.3 * (i - 1)
-        stair.box((-9.4, 0.0, z0), (-8.2, 0.2 * i, z0 + 0.3),
+        z0 = 18.5 + 0.25 * (i - 1)
+        stair.box((-9.4, 0.0, z0), (-8.2, 0.2 * i, z0 + 0.25),
                   {"+h": "planks.png", "-z": "wood_dark.png", "+x": "wood_dark.png"}, WOOD,
                   skip=("-h", "-x") + (() if i == 22 else ("+z",)), size=1.5)
     stair.box((-9.4, 4.0, 24.0), (-4.6, 4.4, 25.4), {"+h": "planks.png", "-h": "planks.png",

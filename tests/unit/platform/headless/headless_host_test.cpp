@@ -1,25 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
-#include <string.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "support/headless_program.h"
 #include "support/temp_files.h"
 
 namespace {
-
-std::string read_all(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // The number after `"key": ` in a state file.
 double number_after(const std::string& json, const std::string& key)
@@ -27,23 +17,6 @@ double number_after(const std::string& json, const std::string& key)
     size_t at = json.find("\"" + key + "\": ");
     EXPECT_NE(at, std::string::npos) << key;
     return at == std::string::npos ? -1.0 : strtod(json.c_str() + at + key.size() + 4, nullptr);
-}
-
-std::string quoted(const std::string& word)
-{
-    std::string out = "'";
-    for (char c : word)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
-// The game starts from the shipped data wherever it runs: each working folder gets a link to it.
-void link_shipped_data(const std::string& folder)
-{
-    // Tests run side by side share the working directory's link: whoever makes it first wins.
-    std::error_code already_there;
-    std::filesystem::create_directory_symlink(GLOAMHOLD_SOURCE_DIR "/gloamhold_data",
-                                              std::filesystem::path(folder) / "gloamhold_data", already_there);
 }
 
 // Each test in a folder of its own; every run is the real program, in a process of its own,
@@ -65,14 +38,10 @@ protected:
 
     int run(const std::vector<std::string>& words)
     {
-        std::string command = quoted(GLOAMHOLD_HEADLESS_PROGRAM);
-        for (const std::string& word : words)
-            command += " " + quoted(word);
-        command += " >" + quoted(file("stdout.txt")) + " 2>" + quoted(file("stderr.txt"));
-        int status = std::system(command.c_str());
-        errors = read_all(file("stderr.txt"));
-        output = read_all(file("stdout.txt"));
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        headless_result result = run_headless(words, folder);
+        errors = result.errors;
+        output = result.output;
+        return result.exit_code;
     }
 
     std::string file(const std::string& name) const { return folder + "/" + name; }
