@@ -15,9 +15,8 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
-#include "core/text.h"
 #include "game/player.h"
-#include "game/player_sounds.h"
+#include "game/fixed_sounds.h"
 #include "render/colour_tables.h"
 #include "render/debug_draw.h"
 #include "render/frame.h"
@@ -32,11 +31,6 @@ float fov_current;
 start_placement requested_start_placement;
 char death_text[] = "You Are Dead!";
 void (*frame_pass_ended)(frame_pass pass);
-
-int32_t sound_door_opening;
-int32_t sound_door_closing;
-int32_t sound_door_locked;
-int32_t sound_door_unlock;
 
 // ---- Start-up ---------------------------------------------------------------------------------
 
@@ -62,45 +56,22 @@ static int create_game_player()
 
 static int load_sky_textures()
 {
-    char name[ASSET_NAME_CAPACITY];
     for (int32_t face = 0; face < SKY_FACES; ++face) {
-        string_printf(name, sizeof name, "sky_night%02d.png", face + 1);
-        sky_textures[face] = load_texture(name);
+        sky_textures[face] = load_texture(sky_texture_names[face]);
         if (sky_textures[face] < 0)
             return 0;
     }
     return 1;
 }
 
-static int load_fixed_sound(int32_t* index, const char* name)
-{
-    *index = load_sound(name);
-    return *index >= 0;
-}
-
-// The door sounds, four footsteps and a landing per material, then the player's own: 37 in all.
 static int load_fixed_sounds()
 {
-    if (!load_fixed_sound(&sound_door_opening, "door_opening.wav") ||
-        !load_fixed_sound(&sound_door_closing, "door_closing.wav") ||
-        !load_fixed_sound(&sound_door_locked, "door_locked.wav") ||
-        !load_fixed_sound(&sound_door_unlock, "door_unlock.wav"))
-        return 0;
-    char name[ASSET_NAME_CAPACITY];
-    for (int32_t material = 0; material < MATERIAL_COUNT; ++material) {
-        for (int32_t variant = 0; variant < FOOTSTEP_VARIANTS; ++variant) {
-            string_printf(name, sizeof name, "pl_step_%s%02d.wav", material_names[material], variant + 1);
-            if (!load_fixed_sound(&sound_step[material][variant], name))
-                return 0;
-        }
-    }
-    for (int32_t material = 0; material < MATERIAL_COUNT; ++material) {
-        string_printf(name, sizeof name, "pl_land_%s01.wav", material_names[material]);
-        if (!load_fixed_sound(&sound_land[material], name))
+    for (const fixed_sound& fixed : fixed_sounds) {
+        *fixed.index = load_sound(fixed.name);
+        if (*fixed.index < 0)
             return 0;
     }
-    return load_fixed_sound(&sound_hurt, "pl_hurt01.wav") && load_fixed_sound(&sound_death, "pl_death01.wav") &&
-           load_fixed_sound(&sound_climb, "pl_climb01.wav");
+    return 1;
 }
 
 int game_init()

@@ -14,12 +14,6 @@ void game_render();
 extern float fov_target;  // vertical field of view the view is easing toward, radians
 extern float fov_current; // vertical field of view in use, radians
 
-// Sounds of the door step, loaded at start-up with the player's (a missing one stops the game).
-extern int32_t sound_door_opening;
-extern int32_t sound_door_closing;
-extern int32_t sound_door_locked;
-extern int32_t sound_door_unlock;
-
 // The passes of a frame, in the order game_render runs them.
 enum frame_pass : int32_t {
     FRAME_PASS_SETUP,       // camera, depth clear, deferred list reset

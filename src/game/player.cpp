@@ -7,7 +7,7 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
-#include "game/player_sounds.h"
+#include "game/fixed_sounds.h"
 
 player_motion_state player_motion = {};
 float health_visible_until;

@@ -8,6 +8,8 @@
 #include "render/pixel_pipeline.h"
 
 int32_t sky_textures[SKY_FACES];
+const char* const sky_texture_names[SKY_FACES] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
+                                                  "sky_night04.png", "sky_night05.png", "sky_night06.png"};
 
 namespace {
 

@@ -10,6 +10,8 @@ enum { SKY_FACES = 6 };
 // The textures of faces 0 ... 5 (+x, -x, +y, -y, +z, -z of the view ray), loaded by the start-up
 // driver from "sky_night01.png" ... "sky_night06.png" in that order.
 extern int32_t sky_textures[SKY_FACES];
+// Their file names, "sky_night01.png" ... "sky_night06.png".
+extern const char* const sky_texture_names[SKY_FACES];
 
 // Every pixel of every coarse occlusion cell that is exactly 0: the nearest texel of the face the
 // pixel's view ray meets, written unchanged (no light, tint, depth or transparency).

@@ -13,6 +13,8 @@
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "checks.h"
+#include "game/fixed_sounds.h"
+#include "render/sky.h"
 #include "ui/font.h"
 
 namespace {
@@ -23,25 +25,6 @@ struct game_font {
 };
 const game_font FONTS[] = {{"gloamhold_data/fonts/font_system.fnt", &font_system},
                            {"gloamhold_data/fonts/font_dialogue.fnt", &font_dialogue}};
-
-const char* const SKY_TEXTURES[] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
-                                    "sky_night04.png", "sky_night05.png", "sky_night06.png"};
-
-// In the order the game loads them: doors, then four footsteps per material, a landing per
-// material, then hurt, death and climb.
-const char* const STARTUP_SOUNDS[] = {
-    "door_opening.wav",      "door_closing.wav",      "door_locked.wav",       "door_unlock.wav",
-    "pl_step_stone01.wav",   "pl_step_stone02.wav",   "pl_step_stone03.wav",   "pl_step_stone04.wav",
-    "pl_step_ground01.wav",  "pl_step_ground02.wav",  "pl_step_ground03.wav",  "pl_step_ground04.wav",
-    "pl_step_wood01.wav",    "pl_step_wood02.wav",    "pl_step_wood03.wav",    "pl_step_wood04.wav",
-    "pl_step_metal01.wav",   "pl_step_metal02.wav",   "pl_step_metal03.wav",   "pl_step_metal04.wav",
-    "pl_step_carpet01.wav",  "pl_step_carpet02.wav",  "pl_step_carpet03.wav",  "pl_step_carpet04.wav",
-    "pl_step_ceramic01.wav", "pl_step_ceramic02.wav", "pl_step_ceramic03.wav", "pl_step_ceramic04.wav",
-    "pl_land_stone01.wav",   "pl_land_ground01.wav",  "pl_land_wood01.wav",    "pl_land_metal01.wav",
-    "pl_land_carpet01.wav",  "pl_land_ceramic01.wav", "pl_hurt01.wav",         "pl_death01.wav",
-    "pl_climb01.wav",
-};
-static_assert(sizeof STARTUP_SOUNDS / sizeof STARTUP_SOUNDS[0] == 37, "the game loads 37 sounds at start-up");
 
 std::string first_failure;    // the step at which the game would stop, empty while none failed
 int32_t problems_before_step; // problems reported before the step now ending
@@ -78,11 +61,12 @@ void check_startup()
     for (const game_font& face : FONTS)
         step_done(check_font(face.path, face.record) != 0, face.path);
     step_done(make_fallback_texture() >= 0, "the fallback texture");
-    for (const char* sky : SKY_TEXTURES)
+    for (const char* sky : sky_texture_names)
         step_done(startup_asset(check_texture, FOLDER_TEXTURES, "sky texture", sky), asset_file(FOLDER_TEXTURES, sky));
     step_done(registry_claim(&models) == 0 && registry_claim(&animations) == 0, "the empty model and animation");
-    for (const char* sound : STARTUP_SOUNDS)
-        step_done(startup_asset(check_sound, FOLDER_SOUNDS, "sound", sound), asset_file(FOLDER_SOUNDS, sound));
+    for (const fixed_sound& sound : fixed_sounds)
+        step_done(startup_asset(check_sound, FOLDER_SOUNDS, "sound", sound.name),
+                  asset_file(FOLDER_SOUNDS, sound.name));
     step_done(registry_claim(&items) == 0, "the empty item");
     const char* items_file = "gloamhold_data/items.xml";
     const char* scene_file = "gloamhold_data/scene.xml";

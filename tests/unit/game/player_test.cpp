@@ -9,7 +9,7 @@
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/player.h"
-#include "game/player_sounds.h"
+#include "game/fixed_sounds.h"
 #include "support/asset_state.h"
 #include "support/collision_scene.h"
 #include "support/test_audio.h"
