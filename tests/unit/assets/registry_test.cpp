@@ -5,6 +5,7 @@
 #include <string>
 
 #include "assets/registry.h"
+#include "support/asset_state.h"
 #include "support/test_heap.h"
 
 namespace {
@@ -24,16 +25,11 @@ struct sample_pool {
     }
 };
 
-// Each test starts with an empty name table.
+// Each test starts and ends with an empty name table.
 class asset_names_test : public testing::Test {
 protected:
-    void SetUp() override { clear(); }
-    void TearDown() override { clear(); }
-    static void clear()
-    {
-        free(asset_names.entries);
-        asset_names = {};
-    }
+    void SetUp() override { reset_assets(); }
+    void TearDown() override { reset_assets(); }
 };
 
 } // namespace
@@ -201,4 +197,28 @@ TEST(asset_path, path_longer_than_259_characters_is_refused)
     char path[ASSET_PATH_CAPACITY];
     EXPECT_EQ(asset_path(path, FOLDER_SOUNDS, std::string(260, 's').c_str()), 0);
     EXPECT_EQ(strlen(path), 259u);
+}
+
+TEST_F(asset_names_test, name_of_finds_the_name_registered_for_a_kind_and_index)
+{
+    asset_name_add(ASSET_SOUND, "door_opening.wav", 0);
+    asset_name_add(ASSET_TEXTURE, "stone.png", 1);
+    asset_name_add(ASSET_SOUND, "door_closing.wav", 1);
+    EXPECT_STREQ(asset_name_of(ASSET_SOUND, 1), "door_closing.wav");
+    EXPECT_STREQ(asset_name_of(ASSET_TEXTURE, 1), "stone.png");
+}
+
+TEST_F(asset_names_test, name_of_an_unknown_index_or_kind_has_no_name)
+{
+    asset_name_add(ASSET_SOUND, "door_opening.wav", 0);
+    EXPECT_EQ(asset_name_of(ASSET_SOUND, 1), nullptr);
+    EXPECT_EQ(asset_name_of(ASSET_MODEL, 0), nullptr);
+    EXPECT_EQ(asset_name_of(ASSET_SOUND, -1), nullptr);
+}
+
+TEST_F(asset_names_test, name_of_a_slot_taken_again_answers_with_its_latest_name)
+{
+    asset_name_add(ASSET_SOUND, "first.wav", 3);
+    asset_name_add(ASSET_SOUND, "second.wav", 3);
+    EXPECT_STREQ(asset_name_of(ASSET_SOUND, 3), "second.wav");
 }
