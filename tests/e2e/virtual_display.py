@@ -32,6 +32,20 @@ class virtual_display:
             os.environ["DISPLAY"] = self.previous
 
 
-def wait_for_wine_server(prefix):
-    """Lets a Wine prefix's server end, so that the next program starts Wine on its own display."""
-    subprocess.run(["wineserver", "-w"], env=dict(os.environ, WINEPREFIX=prefix))
+def end_wine_server(prefix, grace=30):
+    """Lets a Wine prefix's server end after its display has gone, so that the next program starts
+    Wine afresh on a display of its own. A server that outlives the grace (a desktop process stuck
+    on the display that went away) is killed: a new program would otherwise wait for that desktop
+    forever and never show a window."""
+    environment = dict(os.environ, WINEPREFIX=prefix)
+    try:
+        subprocess.run(["wineserver", "-w"], env=environment, timeout=grace)
+    except subprocess.TimeoutExpired:
+        kill_wine_server(prefix)
+
+
+def kill_wine_server(prefix):
+    """Ends a Wine prefix's server and every program in it at once (nothing happens if none runs)."""
+    environment = dict(os.environ, WINEPREFIX=prefix)
+    subprocess.run(["wineserver", "-k"], env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    subprocess.run(["wineserver", "-w"], env=environment, timeout=60)

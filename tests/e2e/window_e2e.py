@@ -24,8 +24,9 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+sys.dont_write_bytecode = True  # nothing written into the source tree
 sys.path.insert(0, HERE)
-from virtual_display import virtual_display, wait_for_wine_server  # noqa: E402
+from virtual_display import end_wine_server, kill_wine_server, virtual_display  # noqa: E402
 
 TITLE = re.compile(r"^Gloamhold \(FPS: (\d+), UPS: (\d+)\)$")
 
@@ -36,7 +37,11 @@ def fail(message):
 
 
 def xdotool(*arguments):
-    result = subprocess.run(["xdotool", *arguments], capture_output=True, text=True)
+    """xdotool's answer, or "" when it fails or hangs (waiting on a window that went away, say)."""
+    try:
+        result = subprocess.run(["xdotool", *arguments], capture_output=True, text=True, timeout=20)
+    except subprocess.TimeoutExpired:
+        return ""
     return result.stdout.strip() if result.returncode == 0 else ""
 
 
@@ -53,28 +58,37 @@ def wait_for_window(name_pattern, process, timeout):
     return None
 
 
+def window_names():
+    """The names of the windows on the display, for a failure's message."""
+    return xdotool("search", "--name", ".", "getwindowname", "%@").split("\n")
+
+
 def find_window(name_pattern, process, timeout):
     window = wait_for_window(name_pattern, process, timeout)
     if window is None:
-        names = subprocess.run(["xdotool", "search", "--name", ".", "getwindowname", "%@"], capture_output=True,
-                               text=True).stdout.split("\n")
         fail("no window named like %r within %d s; windows on %s: %r"
-             % (name_pattern, timeout, os.environ.get("DISPLAY"), names))
+             % (name_pattern, timeout, os.environ.get("DISPLAY"), window_names()))
     return window
 
 
-def start_program(command, work, environment):
+def start_program(command, work, environment, wine_prefix):
     """Starts the program and returns it with its main window. On a loaded machine a start now and
-    then never shows its window; such a start is ended and the program started once more."""
-    for attempt in (1, 2):
+    then never shows its window (under Wine, a desktop process stuck from an earlier run can hold
+    every new program back); such a start is ended, with the whole Wine prefix, and the program
+    started again."""
+    attempts = 3
+    for attempt in range(1, attempts + 1):
         process = subprocess.Popen(command, cwd=work, env=environment)
         window = wait_for_window("^Gloamhold", process, 60)
         if window is not None:
             return process, window
+        print("no window after 60 s (start %d); windows on %s: %r"
+              % (attempt, os.environ.get("DISPLAY"), window_names()), flush=True)
         process.kill()
         process.wait()
-        print("no window after 60 s (start %d); starting again" % attempt, flush=True)
-    fail("the program never showed its window")
+        if wine_prefix:
+            kill_wine_server(wine_prefix)
+    fail("the program never showed its window in %d starts" % attempts)
 
 
 def wait_for_counts(window, timeout):
@@ -96,9 +110,10 @@ def wait_for_counts(window, timeout):
 
 def screenshot(window, keep_as):
     """The window's pixels as rows of (r, g, b), read from a binary PPM; also kept as a PNG."""
-    ppm = subprocess.run(["import", "-window", window, "-depth", "8", "ppm:-"], capture_output=True, check=True).stdout
+    ppm = subprocess.run(["import", "-window", window, "-depth", "8", "ppm:-"], capture_output=True, check=True,
+                         timeout=60).stdout
     if keep_as:
-        subprocess.run(["convert", "ppm:-", keep_as], input=ppm, check=True)
+        subprocess.run(["convert", "ppm:-", keep_as], input=ppm, check=True, timeout=60)
     return read_ppm(ppm)
 
 
@@ -161,8 +176,9 @@ def read_ppm(ppm):
 def headless_reference(program, work):
     """The frame the headless host draws after a short run from the same start, as rgb rows."""
     shot = os.path.join(work, "reference.png")
-    subprocess.run([program, "-C", work, "--ticks", "20", "--shot", "19:" + shot], check=True)
-    ppm = subprocess.run(["convert", shot, "-depth", "8", "ppm:-"], capture_output=True, check=True).stdout
+    subprocess.run([program, "-C", work, "--ticks", "20", "--shot", "19:" + shot], check=True, timeout=60)
+    ppm = subprocess.run(["convert", shot, "-depth", "8", "ppm:-"], capture_output=True, check=True,
+                         timeout=60).stdout
     return read_ppm(ppm)
 
 
@@ -195,6 +211,13 @@ def wait_exit(process, timeout, what):
         fail("the program did not end %s within %d s" % (what, timeout))
 
 
+def wine_prefix_of(arguments):
+    """The Wine prefix the program runs in (tests/wine-run's own when none is given), or None natively."""
+    if not arguments.wine:
+        return None
+    return arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold")
+
+
 def run(arguments, work):
     width, height = (int(part) for part in arguments.resolution.split("x"))
     if arguments.data:
@@ -203,17 +226,18 @@ def run(arguments, work):
         settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
 
     environment = dict(os.environ)
+    wine_prefix = wine_prefix_of(arguments)
     # No sound card on test machines: ALSA's default device discards what is played (wave-out under
     # Wine opens it), and SDL uses its own paced dummy device.
     environment["ALSA_CONFIG_PATH"] = os.path.join(HERE, "alsa-null.conf")
     environment.setdefault("SDL_AUDIODRIVER", "dummy")
-    if arguments.wine_prefix:
-        environment["GLOAMHOLD_WINEPREFIX"] = arguments.wine_prefix
+    if wine_prefix:
+        environment["GLOAMHOLD_WINEPREFIX"] = wine_prefix
     if arguments.case == "crash":
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
     reference = headless_reference(arguments.reference, work) if arguments.reference else None
-    process, window = start_program(command, work, environment)
+    process, window = start_program(command, work, environment, wine_prefix)
     try:
         if arguments.case == "crash":
             box = find_window("^Crash$", process, 60)
@@ -269,13 +293,16 @@ def main():
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)
     work = tempfile.mkdtemp(prefix="gloamhold-e2e-")
+    wine_prefix = wine_prefix_of(arguments)
+    if wine_prefix:
+        kill_wine_server(wine_prefix)  # whatever an interrupted earlier run left behind
     try:
         with virtual_display():
             run(arguments, work)
     finally:
         shutil.rmtree(work, ignore_errors=True)
-        if arguments.wine:
-            wait_for_wine_server(arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold"))
+        if wine_prefix:
+            end_wine_server(wine_prefix)
     print("PASS", flush=True)
 
 

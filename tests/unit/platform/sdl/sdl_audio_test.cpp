@@ -15,13 +15,16 @@ TEST(sdl_audio, the_device_keeps_pulling_blocks_through_the_refill_while_sounds_
     static uint8_t silence[64];
     int32_t s = registry_alloc(&sounds);
     *registry_at<sound>(&sounds, s) = sound{8, 1, 44100, sizeof silence, silence};
-    for (int i = 0; i < 30; ++i) {
+    // Sounds start every 10 ms until the device has asked for two blocks (70 ms of playing; a busy
+    // machine may take longer to ask, so up to ten seconds).
+    uint64_t queued = 0;
+    for (int waited = 0; waited < 10000 && queued < 2u * 6000; waited += 10) {
         EXPECT_EQ(play_sound(s), 1) << "the lock is taken while the device refills";
         SDL_Delay(10);
+        platform_audio_lock();
+        queued = audio_bytes_queued;
+        platform_audio_unlock();
     }
-    platform_audio_lock();
-    uint64_t queued = audio_bytes_queued;
-    platform_audio_unlock();
     EXPECT_GE(queued, 2u * 6000);
     EXPECT_EQ(queued % 6000, 0u) << "every refill is one whole block of 1500 frames";
 }

@@ -9,11 +9,16 @@
 TEST(wave_out, an_opened_device_keeps_asking_for_blocks_which_the_refill_mixes_and_counts)
 {
     ASSERT_EQ(audio_open(AUDIO_DEFAULT_DEVICE, 44100, 2, 16, 6000), 1);
-    Sleep(400);
-    platform_audio_lock(); // the count is written on the audio thread
-    uint64_t queued = audio_bytes_queued;
-    double clock = audio_clock;
-    platform_audio_unlock();
+    // Two refills take 70 ms of playing; a busy machine may take longer to ask, so wait up to ten seconds.
+    uint64_t queued = 0;
+    double clock = 0;
+    for (int waited = 0; waited < 10000 && queued < 2u * 6000; waited += 20) {
+        Sleep(20);
+        platform_audio_lock(); // the count is written on the audio thread
+        queued = audio_bytes_queued;
+        clock = audio_clock;
+        platform_audio_unlock();
+    }
     EXPECT_GE(queued, 2u * 6000);
     EXPECT_EQ(queued % 6000, 0u);
     EXPECT_EQ(clock, static_cast<double>(queued - 6000) / 4 / 44100);
