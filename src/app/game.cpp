@@ -24,6 +24,7 @@
 #include "render/sky.h"
 #include "render/visibility.h"
 #include "render/world_pass.h"
+#include "ui/debug_overlay.h"
 #include "ui/font.h"
 
 float fov_target;
@@ -299,7 +300,15 @@ void game_render()
     draw_world();
     if (player_motion.dead_flag)
         draw_death_screen();
+    if (debug_show_occlusion)
+        draw_occlusion_view();
     if (debug_show_areas)
         draw_areas_and_portals();
+    if (debug_show_colliders)
+        draw_contact_panel();
+    if (debug_info)
+        draw_player_panel();
+    if (debug_show_lookup_tables)
+        draw_lookup_table_view();
     end_pass(FRAME_PASS_OVERLAYS);
 }

@@ -38,7 +38,7 @@ int text_equal_ignoring_case(const char* a, const char* b)
     }
 }
 
-unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
+unsigned string_vprintf(char* buffer, size_t capacity, const char* format, va_list arguments)
 {
     if (capacity == 0)
         return PRINTF_INVALID_CAPACITY;
@@ -46,10 +46,7 @@ unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
         buffer[0] = 0;
         return PRINTF_INVALID_CAPACITY;
     }
-    va_list arguments;
-    va_start(arguments, format);
     int written = vsnprintf(buffer, capacity, format, arguments);
-    va_end(arguments);
     if (written < 0 || static_cast<size_t>(written) >= capacity) {
         // Cut (or an encoding error): whatever was formatted stays, terminated in the last byte
         // even by runtimes whose vsnprintf leaves a full buffer unterminated.
@@ -57,4 +54,13 @@ unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
         return PRINTF_TRUNCATED;
     }
     return 0;
+}
+
+unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    unsigned result = string_vprintf(buffer, capacity, format, arguments);
+    va_end(arguments);
+    return result;
 }

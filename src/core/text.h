@@ -1,6 +1,7 @@
 // Splitting and bounded formatted printing.
 #pragma once
 
+#include <stdarg.h>
 #include <stddef.h>
 
 // The result codes of string_printf besides 0 (the text fitted).
@@ -25,3 +26,6 @@ unsigned string_printf(char* buffer, size_t capacity, const char* format, ...)
     __attribute__((format(printf, 3, 4)))
 #endif
     ;
+
+// string_printf with the arguments already gathered.
+unsigned string_vprintf(char* buffer, size_t capacity, const char* format, va_list arguments);

@@ -14,6 +14,7 @@
 #include "core/settings.h"
 #include "game/player.h"
 #include "support/test_audio.h"
+#include "ui/debug_overlay.h"
 
 namespace {
 
@@ -104,6 +105,23 @@ TEST_F(game_test, a_function_key_that_went_down_flips_its_switch_once)
     promote_pressed_keys();
     update();
     EXPECT_EQ(debug_wireframe, 1) << "a held key does not flip again";
+}
+
+TEST_F(game_test, pressing_f5_once_turns_the_lighting_off_and_the_panel_then_says_fullbright_yes)
+{
+    debug_lighting = 1;
+    key_state[KEYCODE_F1 + 4] = KEY_PRESSED;
+    update();
+    EXPECT_EQ(debug_lighting, 0);
+    panel_line lines[PLAYER_PANEL_LINE_COUNT];
+    player_panel_lines(lines);
+    int fullbright_lines = 0;
+    for (const panel_line& line : lines)
+        if (strncmp(line.text, "- [F5]", 6) == 0) {
+            EXPECT_STREQ(line.text, "- [F5] Fullbright: Yes");
+            ++fullbright_lines;
+        }
+    EXPECT_EQ(fullbright_lines, 1);
 }
 
 TEST_F(game_test, f3_to_f8_flip_their_switches)
