@@ -48,6 +48,20 @@ TEST_F(light_rooms, a_point_in_a_room_that_no_portal_chain_joins_to_the_light_ge
     EXPECT_EQ(light_at(point, closed_room, LIGHTS_STEADY), 0.0f);
 }
 
+TEST_F(light_rooms, a_point_whose_openings_lead_elsewhere_gets_nothing_from_a_light_no_chain_reaches)
+{
+    // The light is in a room beyond the far one, well within reach, and the segment to it runs
+    // through the near room's opening; but the far room has no opening onward yet.
+    int32_t beyond_room = add_room({-5, -5, 10}, {5, 5, 15});
+    add_light(LIGHTS_STEADY, beyond_room, {0, 0, 12}, 20.0f, 1.0f);
+    const float toward_the_light[6] = {0, 0, 2, 0, 0, 1};
+    EXPECT_EQ(light_at(toward_the_light, near_room, LIGHTS_STEADY), 0.0f);
+    EXPECT_GT(light_at(toward_the_light, -1, LIGHTS_STEADY), 0.0f);
+    // Once the far room opens onto it, the chain is complete and the same light reaches the point.
+    add_portal(far_room, beyond_room, {-1, -1, 10}, {-1, 1, 10}, {1, 1, 10}, {1, -1, 10});
+    EXPECT_FLOAT_EQ(light_at(toward_the_light, near_room, LIGHTS_STEADY), 1.0f - 100.0f / 400.0f);
+}
+
 TEST_F(light_rooms, a_point_with_room_minus_one_is_lit_without_the_portal_test)
 {
     int32_t closed_room = add_room({20, -5, 0}, {30, 5, 10});

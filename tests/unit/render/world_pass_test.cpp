@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <math.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -87,6 +88,25 @@ TEST_F(world_pass, a_triangle_crossing_the_near_plane_is_drawn_as_its_clipped_pa
     draw(place(wedge));
     EXPECT_EQ(frame->drawn(), 64 * 64);
     EXPECT_EQ(frame->pixel(63, 32), lit(GREY, 0));
+}
+
+TEST_F(world_pass, a_triangle_with_two_corners_behind_the_near_plane_is_drawn_as_the_triangle_left_in_front)
+{
+    debug_lighting = 0;
+    int32_t texture = add_texture(GREY);
+    // One corner straight ahead at depth 2 (the frame's centre), two behind the eye below it to
+    // either side: each cut edge keeps |x| = y, so what is left in front is a triangle from the
+    // centre opening downward between the two diagonals.
+    int32_t fan = add_model({{0, 0, 2}, {-1, 1, -1}, {1, 1, -1}}, {{0, 1, 2}}, {{0, 1, texture}});
+    draw(place(fan));
+    EXPECT_GT(frame->drawn(), 0);
+    for (int32_t y = 0; y < 64; ++y)
+        for (int32_t x = 0; x < 64; ++x) {
+            float across = fabsf(x + 0.5f - 32.0f), down = y + 0.5f - 32.0f;
+            if (across == down)
+                continue; // a centre on a cut edge may go either way
+            EXPECT_EQ(frame->pixel(x, y), across < down ? lit(GREY, 0) : 0) << x << "," << y;
+        }
 }
 
 TEST_F(world_pass, a_triangle_wholly_behind_the_near_plane_is_not_drawn)
