@@ -3,6 +3,8 @@
 #include <math.h>
 #include <string.h>
 
+#include <vector>
+
 #include "app/game.h"
 #include "app/schedule.h"
 #include "assets/texture.h"
@@ -220,6 +222,49 @@ TEST_F(game_test, with_backspace_and_keypad_plus_held_the_game_clock_runs_at_2_5
     for (int i = 0; i < 40; ++i)
         schedule_run(&schedule, schedule.next_tick_time, &update_only); // one second: 40 updates
     EXPECT_NEAR(game_time, 2.5f, 1e-4f);
+}
+
+// The brightness of one style-9 flickering light after each of `updates` updates run by the real
+// schedule from game time 0, with the time keys given held throughout.
+static std::vector<float> flicker_after_each_update(int updates, bool backspace, bool keypad_plus)
+{
+    light_list saved = flickering_lights;
+    light lamp = {};
+    lamp.flicker_style = 9;
+    flickering_lights = {&lamp, 1, 1, FLICKERING_LIGHT_GROWTH};
+    key_state[KEYCODE_BACKSPACE] = backspace ? KEY_HELD : KEY_UP;
+    key_state[KEYCODE_ADD] = keypad_plus ? KEY_HELD : KEY_UP;
+    game_time = 0.0f;
+    loop_schedule schedule;
+    schedule_start(&schedule, 40, 60);
+    std::vector<float> brightness;
+    for (int i = 0; i < updates; ++i) {
+        schedule_run(&schedule, schedule.next_tick_time, &update_only);
+        brightness.push_back(lamp.brightness);
+    }
+    flickering_lights = saved;
+    key_state[KEYCODE_BACKSPACE] = key_state[KEYCODE_ADD] = KEY_UP;
+    return brightness;
+}
+
+TEST_F(game_test, with_backspace_held_the_light_styles_run_at_a_quarter_speed)
+{
+    std::vector<float> normal = flicker_after_each_update(64, false, false);   // 1.6 s: one whole pattern
+    std::vector<float> slow = flicker_after_each_update(4 * 64, true, false);
+    int changes = 0;
+    for (int m = 0; m < 64; ++m) {
+        EXPECT_NEAR(slow[4 * m], normal[m], 1e-3f) << "update " << m;
+        changes += m > 0 && normal[m] != normal[m - 1];
+    }
+    EXPECT_GT(changes, 0) << "the light must have flickered for the comparison to mean anything";
+}
+
+TEST_F(game_test, with_backspace_and_keypad_plus_held_the_light_styles_run_at_2_5_times)
+{
+    std::vector<float> normal = flicker_after_each_update(5 * 26, false, false);
+    std::vector<float> fast = flicker_after_each_update(2 * 26, true, true);
+    for (int j = 0; j < 26; ++j)
+        EXPECT_NEAR(fast[2 * j], normal[5 * j], 1e-3f) << "update " << 2 * j;
 }
 
 TEST_F(game_test, holding_z_narrows_the_view_to_two_thirds_of_fov_about_80_percent_after_a_tenth_of_a_second)

@@ -78,7 +78,10 @@ TEST_F(model_test, colliders_0_and_occluders_0_need_no_triangle_headers)
 
 TEST_F(model_test, count_followed_by_a_letter_fails)
 {
-    expect_refused("POINTS 3x\n" + simple().substr(strlen("POINTS 4\n")));
+    // Read as 3 the rest would fit: three points and one triangle.
+    std::string rest = headers(3, 1, 0, 0, 0, 0, 0).substr(strlen("POINTS 3\n")) + "0 0 0\n1 0 0\n0 1 0\n0 1 2\n";
+    expect_refused("POINTS 3x\n" + rest);
+    EXPECT_GE(load("three.mdl", "POINTS 3\n" + rest), 0);
 }
 
 TEST_F(model_test, comment_and_blank_line_before_the_first_point_are_skipped)

@@ -183,6 +183,28 @@ TEST_F(scene_test, rooms_are_numbered_depth_first_after_all_of_their_parents_rec
     EXPECT_LT(room_at(2)->first_object, room_at(3)->first_object);
 }
 
+TEST_F(scene_test, a_rooms_portals_and_lights_are_made_before_its_nested_rooms_are_read)
+{
+    // The scene writes its portal and light after its nested room; they still come first.
+    std::string text = "<room bsp_node=\"1\">\n" + portal_element(WEST_SIDE) +
+                       "<light radius=\"2\"/>\n<static x=\"11\"/>\n</room>\n" + portal_element(EAST_SIDE) +
+                       "<light radius=\"1\"/>\n";
+    ASSERT_EQ(load(text), 1);
+    EXPECT_EQ(room_at(0)->first_portal, 0);
+    EXPECT_EQ(room_at(0)->portal_count, 1);
+    EXPECT_EQ(room_at(1)->first_portal, 1);
+    EXPECT_EQ(portal_at(0)->normal.x, -1.0f) << "portal 0 is the scene's own side of the opening";
+    EXPECT_EQ(portal_at(0)->target_room, 1);
+    ASSERT_EQ(steady_lights.count, 2);
+    EXPECT_EQ(steady_lights.lights[0].room, 0);
+    EXPECT_EQ(steady_lights.lights[0].radius, 1.0f);
+    EXPECT_EQ(steady_lights.lights[1].room, 1);
+    // The scene's light took object 1 before the nested room's static (2) and light (3).
+    EXPECT_EQ(room_at(1)->first_object, 2);
+    EXPECT_EQ(object_at(2)->position.x, 11.0f);
+    EXPECT_EQ(objects.count, 4);
+}
+
 TEST_F(scene_test, room_box_and_node_are_read)
 {
     ASSERT_EQ(load("", "bsp=\"world.bsp\" box=\"-1,-2,-3 4,5,6.5\" bsp_node=\"2\""), 1);

@@ -118,6 +118,15 @@ TEST_F(world_pass, a_triangle_wholly_behind_the_near_plane_is_not_drawn)
     EXPECT_EQ(frame->drawn(), 0);
 }
 
+TEST_F(world_pass, an_object_without_a_model_has_the_empty_model_0_and_draws_nothing)
+{
+    debug_wireframe = 1; // not even outlines
+    draw(place(0));
+    finish_frame();
+    EXPECT_EQ(frame->drawn(), 0);
+    EXPECT_TRUE(std::all_of(frame->depth.begin(), frame->depth.end(), [](float d) { return d == 0.0f; }));
+}
+
 TEST_F(world_pass, with_fullbright_every_plain_surface_is_drawn_at_shade_0)
 {
     int32_t texture = add_texture(GREY);
