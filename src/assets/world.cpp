@@ -15,6 +15,7 @@ object_list dynamic_objects;
 collision_tree scene_tree;
 int32_t focus_object = -1;
 float focus_time;
+inventory_state inventory = {{}, 0, 0.0f, 0.0f, 0, 0.0f, -1, 0.0f};
 
 int32_t light_list_alloc(light_list* list)
 {

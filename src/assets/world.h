@@ -134,6 +134,26 @@ extern collision_tree scene_tree; // the world's one tree, named by the scene's 
 extern int32_t focus_object;
 extern float focus_time;
 
+enum { INVENTORY_SLOTS = 12 };
+
+// What the player carries: up to twelve kinds of item with their counts, in the order first taken.
+// Gameplay browses and uses it; the item views and the HUD draw it.
+struct inventory_slot {
+    int32_t item;
+    int32_t count;
+};
+struct inventory_state {
+    inventory_slot slots[INVENTORY_SLOTS];
+    int32_t slot_count;
+    float shown_selection;  // eases toward target_selection; the ring's scroll position
+    float target_selection; // may run below 0 or past the end: wrapped when read
+    int32_t display_open;   // the inventory bar is shown
+    float last_input_time;  // game_time of the last browse input or pickup
+    int32_t armed_slot;     // the key held ready for use, -1 for none
+    float armed_time;       // game_time at which it was armed
+};
+extern inventory_state inventory;
+
 // A zero-filled light record at the end of the list; -1 when the list cannot grow.
 int32_t light_list_alloc(light_list* list);
 // Appends an object index; 0 when the list cannot grow.
