@@ -24,3 +24,11 @@ function(gloamhold_module name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC gloamhold_game_flags ${ARG_LINKS})
 endfunction()
+
+# gloamhold_link_host(PROGRAM HOST): a program runs on one host (src/CMakeLists.txt) and plays
+# through that host's audio device, which the mixer then links after itself.
+function(gloamhold_link_host program host)
+  get_target_property(device ${host} GLOAMHOLD_AUDIO_DEVICE)
+  target_link_libraries(${program} PRIVATE ${host})
+  set_target_properties(${program} PROPERTIES GLOAMHOLD_AUDIO_DEVICE ${device})
+endfunction()

@@ -2,7 +2,6 @@
 
 #include <math.h>
 
-#include "app/light_styles.h"
 #include "assets/animation.h"
 #include "assets/item.h"
 #include "assets/model.h"
@@ -15,8 +14,9 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
-#include "game/player.h"
 #include "game/fixed_sounds.h"
+#include "game/light_styles.h"
+#include "game/player.h"
 #include "render/colour_tables.h"
 #include "render/debug_draw.h"
 #include "render/frame.h"

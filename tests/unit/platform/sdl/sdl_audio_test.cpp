@@ -1,12 +1,13 @@
 // SDL audio through its dummy driver, which plays in real time without a sound card.
 #include <gtest/gtest.h>
 
+#define SDL_MAIN_HANDLED
+#include <SDL.h>
 #include <stdlib.h>
 
 #include "assets/sound.h"
 #include "audio/mixer.h"
 #include "platform/platform.h"
-#include "platform/sdl/sdl_input.h"
 
 TEST(sdl_audio, the_device_keeps_pulling_blocks_through_the_refill_while_sounds_start)
 {

@@ -1,7 +1,0 @@
-// gloamhold: the game on Linux (and other systems SDL runs on).
-#include "platform/sdl/sdl_host.h"
-
-int main()
-{
-    return sdl_host_main();
-}
