@@ -242,7 +242,9 @@ def run(arguments, work):
     process, window = start_program(command, work, environment, wine_prefix)
     try:
         if arguments.case == "crash":
-            box = find_window("^Crash$", process, 60)
+            # The box follows a full-memory dump (about 100 MB under Wine), which a busy machine
+            # can take minutes to write.
+            box = find_window("^Crash$", process, 300)
             dump = os.path.join(work, "crash.dmp")
             if not os.path.exists(dump) or os.path.getsize(dump) == 0:
                 fail("the message box is up but crash.dmp was not written")
