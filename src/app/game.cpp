@@ -17,6 +17,7 @@
 #include "core/settings.h"
 #include "game/player.h"
 #include "game/fixed_sounds.h"
+#include "game/interaction.h"
 #include "render/colour_tables.h"
 #include "render/debug_draw.h"
 #include "render/frame.h"
@@ -49,6 +50,7 @@ static void place_player_at_start()
 static int create_game_player()
 {
     clear_player_motion();
+    clear_interaction();
     if (!create_player())
         return 0;
     place_player_at_start();
@@ -134,8 +136,10 @@ static void toggle_debug_flags()
         if (key_state[key.code] != KEY_PRESSED)
             continue;
         flip(key.flag);
-        if (key.code == KEYCODE_F11)
+        if (key.code == KEYCODE_F11) {
             reload_textures();
+            show_message(texture_reload_message);
+        }
     }
 }
 
@@ -185,7 +189,14 @@ void game_update()
     fov_current += (1.0f - expf(-16.0f * tick_dt)) * (fov_target - fov_current);
     remember_previous_placements();
     update_light_styles();
-    update_player(registry_at<object>(&objects, PLAYER_OBJECT));
+    // Only a living player uses things; doors swing and the player moves (or, dead, sinks) either way.
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    if (player->health > 0) {
+        update_interaction(view_forward(player));
+        update_inventory();
+    }
+    update_doors();
+    update_player(player);
     release_removed_objects();
 }
 
