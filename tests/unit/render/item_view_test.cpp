@@ -100,7 +100,8 @@ protected:
         std::vector<vec3> points;
         for (int32_t i = 0; i < 8; ++i)
             points.push_back({i & 1 ? h : -h, i & 2 ? h : -h, i & 4 ? h : -h});
-        const int32_t faces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
+        const int32_t faces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                                     {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
         std::vector<triangle_corners> triangles;
         for (const auto& f : faces) {
             for (const triangle_corners& t : {triangle_corners{f[0], f[1], f[2]}, triangle_corners{f[0], f[2], f[3]}}) {
