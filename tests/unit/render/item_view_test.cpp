@@ -446,6 +446,31 @@ TEST_F(item_view_test, slot_whose_item_has_no_model_leaves_its_place_on_the_ring
     EXPECT_NE(frame->colour, with_model);
 }
 
+TEST_F(item_view_test, ring_item_at_the_scroll_position_turns_four_units_in_front_tilted_25_degrees)
+{
+    fill_slots(1);
+    inventory.display_open = 1;
+    game_time = 0.4f;
+    draw_item_views();
+    std::vector<uint16_t> ring = frame->colour;
+    clear_frame();
+    // Angle 0: at (0, 0, 8 - 4), turned by -2 x 0.4 radians, pitched 25 degrees, fully lit.
+    item_viewport box = box_viewport_for_frame();
+    placement place = placement_from_angles({0.0f, 0.0f, 4.0f}, -0.8f, 0.43633232f);
+    const model* m = registry_at<model>(&models, registry_at<item>(&items, inventory.slots[0].item)->model);
+    draw_model_view(m, &place, 0.7853982f, box.scale, box.x_offset, box.y_offset, 0.0f);
+    // Inside the box's brackets only the item is drawn.
+    int32_t x = static_cast<int32_t>(box.x_offset), y = static_cast<int32_t>(box.y_offset), item_pixels = 0;
+    for (int32_t row = y + 13; row < y + 88; ++row) {
+        for (int32_t column = x + 13; column < x + 88; ++column) {
+            size_t i = static_cast<size_t>(row * WIDTH + column);
+            ASSERT_EQ(ring[i], frame->colour[i]) << column << ", " << row;
+            item_pixels += ring[i] != WORLD;
+        }
+    }
+    EXPECT_GT(item_pixels, 100);
+}
+
 // The held item alone, drawn as the flight puts it at time `now` chosen at `chosen`.
 class held_item_test : public item_view_test {
 protected:
