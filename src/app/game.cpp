@@ -27,6 +27,8 @@
 #include "render/world_pass.h"
 #include "ui/debug_overlay.h"
 #include "ui/font.h"
+#include "ui/hud.h"
+#include "ui/item_views.h"
 
 float fov_target;
 float fov_current;
@@ -233,6 +235,7 @@ static void set_up_camera(const object* player)
     camera_yaw_cos = cosf(player->yaw);
     camera_pitch_sin = sinf(player->pitch);
     camera_pitch_cos = cosf(player->pitch);
+    camera_fov = fov_current;
     projection_scale = 1.0f / tanf(fov_current * 0.5f);
     float width = static_cast<float>(frame_width), height = static_cast<float>(frame_height);
     float aspect_x = width / height > 1.0f ? width / height : 1.0f;
@@ -299,6 +302,16 @@ static void draw_death_screen()
     }
 }
 
+// What is drawn over the picture during play: the inventory's item views, then the prompt for
+// what E does, the message line and the health line.
+static void draw_play_overlay()
+{
+    draw_item_views();
+    draw_interaction_prompt();
+    draw_message();
+    draw_health();
+}
+
 void game_render()
 {
     object* player = registry_at<object>(&objects, PLAYER_OBJECT);
@@ -311,6 +324,8 @@ void game_render()
     draw_world();
     if (player_motion.dead_flag)
         draw_death_screen();
+    else
+        draw_play_overlay();
     if (debug_show_occlusion)
         draw_occlusion_view();
     if (debug_show_areas)
