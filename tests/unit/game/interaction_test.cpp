@@ -8,9 +8,11 @@
 
 #include "app/game.h"
 #include "assets/item.h"
+#include "assets/texture.h"
 #include "assets/world.h"
 #include "core/key_codes.h"
 #include "core/loop_state.h"
+#include "core/settings.h"
 #include "game/collision.h"
 #include "game/fixed_sounds.h"
 #include "game/interaction.h"
@@ -868,6 +870,16 @@ TEST_F(interaction_update_test, the_update_looks_along_the_players_view_and_e_op
     press(KEY_E);
     update();
     EXPECT_EQ(door_record(d)->open, 1);
+}
+
+TEST_F(interaction_update_test, the_texture_reload_report_shows_on_the_message_line)
+{
+    int32_t dithering = TEXTURE_DITHERING;
+    press(KEYCODE_F11);
+    update();
+    TEXTURE_DITHERING = dithering;
+    EXPECT_EQ(message(), "Texture reload complete: 0 successful, 0 failed\n");
+    EXPECT_FLOAT_EQ(message_visible_until, 8.0f + 3.0f);
 }
 
 // ---- Drawing ----
