@@ -33,10 +33,16 @@ screen_rect model_screen_rect(const model* m, const placement* place, float s, f
             static_cast<int32_t>(ceilf((max_y + 0.5f) * scale + y_offset))};
 }
 
+// At 640 x 480 and the usual fields of view the rectangle lies inside the frame; a small
+// SCREEN_RESOLUTION or a narrow FOV can push it out, so it is cut to the frame.
 void clear_depth_under(const screen_rect& rect)
 {
-    for (int32_t y = rect.y0; y < rect.y1; ++y)
-        for (int32_t x = rect.x0; x < rect.x1; ++x)
+    int32_t x0 = rect.x0 < 0 ? 0 : rect.x0;
+    int32_t y0 = rect.y0 < 0 ? 0 : rect.y0;
+    int32_t x1 = rect.x1 > frame_width ? frame_width : rect.x1;
+    int32_t y1 = rect.y1 > frame_height ? frame_height : rect.y1;
+    for (int32_t y = y0; y < y1; ++y)
+        for (int32_t x = x0; x < x1; ++x)
             depth_buffer[y * frame_width + x] = 0.0f;
 }
 

@@ -309,6 +309,21 @@ TEST_F(item_view_test, nothing_is_drawn_with_the_inventory_closed_and_no_item_he
         ASSERT_EQ(d, WORLD_DEPTH);
 }
 
+TEST_F(item_view_test, on_a_frame_too_small_for_the_box_the_inventory_draws_only_inside_the_frame)
+{
+    // 160 x 120, as a small SCREEN_RESOLUTION gives: the box would start 12 rows above the top.
+    frame.reset();
+    frame = std::make_unique<test_frame>(160, 120, WORLD);
+    set_camera({0.0f, 0.0f, 0.0f});
+    fill_slots(3);
+    inventory.display_open = 1;
+    inventory.armed_slot = 0;
+    inventory.armed_time = game_time;
+    draw_item_views();
+    EXPECT_EQ(frame->pixel(30, 0), COLOUR_BOX_OUTER); // the box's left side, cut at the top
+    EXPECT_GT(frame->drawn(), 0);
+}
+
 TEST_F(item_view_test, box_viewport_is_100_pixels_centred_132_above_the_bottom)
 {
     item_viewport box = box_viewport_for_frame();
