@@ -15,6 +15,7 @@
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/fixed_sounds.h"
+#include "game/interaction.h"
 #include "game/light_styles.h"
 #include "game/player.h"
 #include "render/colour_tables.h"
@@ -26,6 +27,8 @@
 #include "render/world_pass.h"
 #include "ui/debug_overlay.h"
 #include "ui/font.h"
+#include "ui/hud.h"
+#include "ui/item_views.h"
 
 float fov_target;
 float fov_current;
@@ -49,6 +52,7 @@ static void place_player_at_start()
 static int create_game_player()
 {
     clear_player_motion();
+    clear_interaction();
     if (!create_player())
         return 0;
     place_player_at_start();
@@ -134,8 +138,10 @@ static void toggle_debug_flags()
         if (key_state[key.code] != KEY_PRESSED)
             continue;
         flip(key.flag);
-        if (key.code == KEYCODE_F11)
+        if (key.code == KEYCODE_F11) {
             reload_textures();
+            show_message(texture_reload_message);
+        }
     }
 }
 
@@ -185,7 +191,14 @@ void game_update()
     fov_current += (1.0f - expf(-16.0f * tick_dt)) * (fov_target - fov_current);
     remember_previous_placements();
     update_light_styles();
-    update_player(registry_at<object>(&objects, PLAYER_OBJECT));
+    // Only a living player uses things; doors swing and the player moves (or, dead, sinks) either way.
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    if (player->health > 0) {
+        update_interaction(view_forward(player));
+        update_inventory();
+    }
+    update_doors();
+    update_player(player);
     release_removed_objects();
 }
 
@@ -222,6 +235,7 @@ static void set_up_camera(const object* player)
     camera_yaw_cos = cosf(player->yaw);
     camera_pitch_sin = sinf(player->pitch);
     camera_pitch_cos = cosf(player->pitch);
+    camera_fov = fov_current;
     projection_scale = 1.0f / tanf(fov_current * 0.5f);
     float width = static_cast<float>(frame_width), height = static_cast<float>(frame_height);
     float aspect_x = width / height > 1.0f ? width / height : 1.0f;
@@ -288,6 +302,16 @@ static void draw_death_screen()
     }
 }
 
+// What is drawn over the picture during play: the inventory's item views, then the prompt for
+// what E does, the message line and the health line.
+static void draw_play_overlay()
+{
+    draw_item_views();
+    draw_interaction_prompt();
+    draw_message();
+    draw_health();
+}
+
 void game_render()
 {
     object* player = registry_at<object>(&objects, PLAYER_OBJECT);
@@ -300,6 +324,8 @@ void game_render()
     draw_world();
     if (player_motion.dead_flag)
         draw_death_screen();
+    else
+        draw_play_overlay();
     if (debug_show_occlusion)
         draw_occlusion_view();
     if (debug_show_areas)

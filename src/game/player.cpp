@@ -53,7 +53,6 @@ constexpr float LANDING_SOUND_AIR_TIME = 0.1f;
 // Falls.
 constexpr float HARMLESS_FALL_SPEED = 12.0f;
 constexpr float LETHAL_FALL_SPEED_RANGE = 18.0f; // full damage at 12 + 18
-constexpr float HUD_SHOW_SECONDS = 3.2f;
 constexpr float DEAD_FEET_BELOW_FLOOR = 1.25f;
 constexpr float DEAD_SINK_RATE = 4.0f;
 

@@ -39,8 +39,10 @@ struct player_motion_state {
 // The one player's movement state.
 extern player_motion_state player_motion;
 
-// game_time until which the health line shows; gameplay moves it whenever the health changes.
+// game_time until which the health line shows; gameplay moves it whenever the health changes
+// (and browsing the inventory shows it too), to HUD_SHOW_SECONDS from then.
 extern float health_visible_until;
+constexpr float HUD_SHOW_SECONDS = 3.2f;
 
 enum {
     FOOTSTEP_ORDER_LENGTH = 64,

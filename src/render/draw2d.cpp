@@ -49,8 +49,17 @@ int clip_line_to_rect(int32_t* x0, int32_t* y0, int32_t* x1, int32_t* y1, int32_
     return 1;
 }
 
+// Lines and outlines drawn by layouts made for 640 x 480 (the inventory box, the item bounds) may
+// reach past a smaller frame: pixels outside it are dropped.
+static bool inside_frame(int32_t x, int32_t y)
+{
+    return x >= 0 && y >= 0 && x < frame_width && y < frame_height;
+}
+
 static void plot_on_top(int32_t x, int32_t y, uint16_t colour)
 {
+    if (!inside_frame(x, y))
+        return;
     size_t i = static_cast<size_t>(y) * static_cast<size_t>(frame_width) + static_cast<size_t>(x);
     color_buffer[i] = colour;
     depth_buffer[i] = DEPTH_ON_TOP;
@@ -58,6 +67,8 @@ static void plot_on_top(int32_t x, int32_t y, uint16_t colour)
 
 static void plot(int32_t x, int32_t y, uint16_t colour)
 {
+    if (!inside_frame(x, y))
+        return;
     color_buffer[static_cast<size_t>(y) * static_cast<size_t>(frame_width) + static_cast<size_t>(x)] = colour;
 }
 

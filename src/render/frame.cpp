@@ -12,6 +12,7 @@ float camera_yaw_sin;
 float camera_pitch_cos = 1.0f;
 float camera_pitch_sin;
 float projection_scale = 1.0f;
+float camera_fov = 1.5707964f;
 
 float view_size;
 float view_offset_x;

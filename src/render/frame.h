@@ -29,6 +29,7 @@ extern float camera_yaw_sin;
 extern float camera_pitch_cos;
 extern float camera_pitch_sin;
 extern float projection_scale; // 1 / tan(field of view / 2), applied before the perspective divide
+extern float camera_fov;       // that field of view (vertical, radians); the held item's view flies to it
 
 // The view mapping: a square of side view_size centred on the frame holds projected coordinates
 // -0.5 ... +0.5 on both axes.

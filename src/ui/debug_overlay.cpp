@@ -21,15 +21,10 @@
 #include "render/raster.h"
 #include "render/visibility.h"
 #include "ui/font.h"
+#include "ui/hud.h"
 
 // The date the panel names as the build's, fixed so that every build draws the same frame.
 static const char build_date_text[] = "Build date: Jun  1 2026";
-
-static uint16_t grey(int32_t level)
-{
-    uint16_t g = static_cast<uint16_t>(level);
-    return static_cast<uint16_t>(0x8000 | g << 10 | g << 5 | g);
-}
 
 static const char* material_word(int32_t material)
 {
@@ -165,10 +160,8 @@ void draw_occlusion_view()
             if (value == 0.0f)
                 continue; // a NaN is not 0 and is shown
             float level = sqrtf(value) * 31.0f;
-            uint16_t colour = grey(level > 0.0f ? (level < 31.0f ? static_cast<int32_t>(level) : 31) : 0);
-            for (int32_t y = row * 8; y < row * 8 + 8; ++y)
-                for (int32_t x = column * 8; x < column * 8 + 8; ++x)
-                    color_buffer[y * frame_width + x] = colour;
+            uint16_t colour = grey_colour(level > 0.0f ? (level < 31.0f ? static_cast<int32_t>(level) : 31) : 0);
+            fill_rect_unclipped(column * 8, row * 8, column * 8 + 8, row * 8 + 8, colour);
         }
     }
 }
@@ -193,7 +186,7 @@ void draw_lookup_table_view()
         for (int32_t i = 0; i < COLOUR_TABLE_ENTRIES; ++i) {
             int32_t x = left + i % COLOUR_TABLE_COLUMNS, y = 8 + i / COLOUR_TABLE_COLUMNS;
             if (x >= 0 && y < frame_height) // a frame narrower than 160 or shorter than 72 shows what fits
-                color_buffer[y * frame_width + x] = grey(table.entries[i]);
+                color_buffer[y * frame_width + x] = grey_colour(table.entries[i]);
         }
         draw_text(left, L + 72, table.label, -1, &font_system, COLOUR_PANEL_TEXT);
     }

@@ -4,8 +4,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "assets/item.h"
 #include "assets/registry.h"
 #include "assets/world.h"
+#include "game/interaction.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/player.h"
@@ -113,6 +115,41 @@ static void write_player(FILE* file)
     fprintf(file, " \"camera_area\": %d,\n", camera_area);
 }
 
+// What the player uses and carries: the focus, the message line, the inventory, every door and the
+// objects taken out of the world. Written once start-up has made the player, like the player.
+static void write_interaction(FILE* file)
+{
+    if (!registry_in_use(&objects, PLAYER_OBJECT))
+        return;
+    fprintf(file, " \"focus_object\": %d,\n \"message\": {\"text\": ", focus_object);
+    json_string(file, message_text);
+    fprintf(file, ", \"visible\": %d},\n", game_time <= message_visible_until ? 1 : 0);
+
+    fprintf(file, " \"inventory\": {\"slots\": [");
+    for (int32_t slot = 0; slot < inventory.slot_count; ++slot) {
+        const inventory_slot& held = inventory.slots[slot];
+        fprintf(file, "%s{\"item\": %d, \"name\": ", slot ? ", " : "", held.item);
+        json_string(file, registry_at<item>(&items, held.item)->name);
+        fprintf(file, ", \"count\": %d}", held.count);
+    }
+    fprintf(file, "], \"selected\": %d,\n               \"open\": %d, \"armed_slot\": %d},\n", current_slot(),
+            inventory.display_open, inventory.armed_slot);
+
+    fprintf(file, " \"doors\": [");
+    for (int32_t i = 0, written = 0; i < doors.count; ++i) {
+        if (!registry_in_use(&doors, i))
+            continue;
+        const door* d = registry_at<door>(&doors, i);
+        fprintf(file, "%s{\"door\": %d, \"object\": %d, \"open\": %d, \"locked\": %d, \"lock\": %d, ",
+                written++ ? ",\n           " : "", i, d->object, d->open, d->locked, d->lock);
+        write_float_field(file, "yaw", registry_at<object>(&objects, d->object)->yaw, "}");
+    }
+    fprintf(file, "],\n \"removed_objects\": [");
+    for (int32_t i = 0; i < removed_objects.count; ++i)
+        fprintf(file, "%s%d", i ? ", " : "", removed_objects.indices[i]);
+    fprintf(file, "],\n");
+}
+
 int write_headless_state(FILE* file, int32_t tick, int64_t frames)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
@@ -120,6 +157,7 @@ int write_headless_state(FILE* file, int32_t tick, int64_t frames)
     fprintf(file, "\"frames\": %lld,\n", static_cast<long long>(frames));
     write_settings(file);
     write_player(file);
+    write_interaction(file);
     fprintf(file, " \"mouse_captured\": %d,\n", mouse_captured);
     write_sounds(file);
     return fflush(file) == 0 && !ferror(file);

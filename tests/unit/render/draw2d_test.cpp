@@ -110,6 +110,24 @@ TEST(draw_rect_outline, draws_four_sides_without_depth)
         EXPECT_EQ(d, 0.0f);
 }
 
+TEST(draw_rect_outline, parts_outside_the_frame_are_dropped)
+{
+    test_frame frame(6, 5);
+    draw_rect_outline(-2, 3, 8, 9, 0x03E0);
+    point_set expected;
+    for (int32_t x = 0; x < 6; ++x)
+        expected.insert({x, 3});
+    EXPECT_EQ(drawn_points(frame, 6, 5), expected);
+}
+
+TEST(draw_line, points_outside_the_frame_are_dropped)
+{
+    test_frame frame(4, 4);
+    draw_line(-3, 1, 6, 1, 0xFFFF);
+    point_set expected = {{0, 1}, {1, 1}, {2, 1}, {3, 1}};
+    EXPECT_EQ(drawn_points(frame, 4, 4), expected);
+}
+
 TEST(draw_circle_outline, plots_the_eight_symmetric_points_of_each_step)
 {
     test_frame frame(11, 11);

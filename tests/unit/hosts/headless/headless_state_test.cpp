@@ -3,14 +3,18 @@
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <fstream>
 #include <iterator>
 #include <string>
 
+#include "assets/item.h"
 #include "assets/registry.h"
+#include "assets/world.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
+#include "game/interaction.h"
 #include "hosts/headless/headless_audio.h"
 #include "hosts/headless/headless_state.h"
 #include "platform/platform.h"
@@ -104,4 +108,83 @@ TEST_F(headless_state_test, started_sounds_are_listed_in_order_by_name)
                         "            {\"tick\": 40, \"sound\": 9, \"name\": null}]}"),
               std::string::npos)
         << text;
+}
+
+namespace {
+
+template <typename T> void empty_pool(registry* pool)
+{
+    free(pool->records);
+    free(pool->in_use);
+    *pool = REGISTRY_OF(T);
+}
+
+// A started game with a door, two items carried and one object taken.
+class headless_interaction_state_test : public headless_state_test {
+protected:
+    void SetUp() override
+    {
+        headless_state_test::SetUp();
+        clear_interaction();
+        ASSERT_EQ(create_player(), 1);
+        registry_claim(&items); // the placeholder
+        for (const char* name : {"Iron key", "Silver \"coin\""}) {
+            item* carried = registry_at<item>(&items, registry_claim(&items));
+            strcpy(carried->name, name);
+        }
+        int32_t leaf = registry_claim(&objects);
+        registry_at<object>(&objects, leaf)->yaw = 0.5f;
+        door* d = registry_at<door>(&doors, registry_claim(&doors));
+        *d = {leaf, 1, 0, 3, 0.0f, 0.0f, 0.5f, 1.0f};
+    }
+    void TearDown() override
+    {
+        clear_interaction();
+        empty_pool<object>(&objects);
+        empty_pool<door>(&doors);
+        empty_pool<item>(&items);
+        headless_state_test::TearDown();
+    }
+};
+
+} // namespace
+
+TEST_F(headless_interaction_state_test, the_state_holds_the_focus_message_inventory_doors_and_what_was_taken)
+{
+    game_time = 2.0f;
+    focus_object = 1;
+    show_message("This door is locked.");
+    inventory.slots[0] = {1, 1};
+    inventory.slots[1] = {2, 3};
+    inventory.slot_count = 2;
+    inventory.target_selection = -1.0f;
+    inventory.armed_slot = 0;
+    object_list_append(&removed_objects, 7);
+    object_list_append(&removed_objects, 4);
+    std::string text = state_text(80, 120);
+    for (const char* part : {"\"focus_object\": 1,",
+                             "\"message\": {\"text\": \"This door is locked.\", \"visible\": 1}",
+                             "\"slots\": [{\"item\": 1, \"name\": \"Iron key\", \"count\": 1}, "
+                             "{\"item\": 2, \"name\": \"Silver \\\"coin\\\"\", \"count\": 3}], \"selected\": 1,",
+                             "\"open\": 0, \"armed_slot\": 0}",
+                             "\"doors\": [{\"door\": 0, \"object\": 1, \"open\": 1, \"locked\": 0, \"lock\": 3, "
+                             "\"yaw\": 0.5}]",
+                             "\"removed_objects\": [7, 4]"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+}
+
+TEST_F(headless_interaction_state_test, the_message_is_visible_up_to_its_end_and_not_after)
+{
+    show_message("Inventory is full.");
+    game_time = 3.0f;
+    EXPECT_NE(state_text(1, 1).find("\"visible\": 1"), std::string::npos);
+    game_time = 3.01f;
+    EXPECT_NE(state_text(1, 1).find("\"visible\": 0"), std::string::npos);
+}
+
+TEST_F(headless_interaction_state_test, an_empty_inventory_selects_nothing)
+{
+    std::string text = state_text(1, 1);
+    EXPECT_NE(text.find("\"inventory\": {\"slots\": [], \"selected\": -1,"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"removed_objects\": []"), std::string::npos);
 }
