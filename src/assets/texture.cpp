@@ -64,9 +64,9 @@ int texture_load_file(texture* record, const char* path)
     if (!ok)
         report(path, 0, "the image's size cannot be read");
     else if (!is_power_of_two(width) || !is_power_of_two(height))
-        ok = !report(path, 0, "%ux%u: both sides of a texture must be powers of two", width, height);
+        ok = report(path, 0, "%ux%u: both sides of a texture must be powers of two", width, height);
     else if (width > 0x40000000u || height > 0x40000000u) // sides that fit the signed fields
-        ok = !report(path, 0, "%ux%u: a side above 2^30 texels", width, height);
+        ok = report(path, 0, "%ux%u: a side above 2^30 texels", width, height);
     if (ok)
         ok = texture_create(record, static_cast<int32_t>(width), static_cast<int32_t>(height));
     if (ok && !platform_image_copy(image, record->texels, width * 2)) {
