@@ -2,11 +2,8 @@
 
 #include <math.h>
 
-#include "assets/animation.h"
-#include "assets/item.h"
+#include "app/start_up.h"
 #include "assets/model.h"
-#include "assets/scene.h"
-#include "assets/sound.h"
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "audio/mixer.h"
@@ -14,7 +11,6 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
-#include "game/fixed_sounds.h"
 #include "game/interaction.h"
 #include "game/light_styles.h"
 #include "game/player.h"
@@ -32,52 +28,10 @@
 
 float fov_target;
 float fov_current;
-start_placement requested_start_placement;
 char death_text[] = "You Are Dead!";
 void (*frame_pass_ended)(frame_pass pass);
 
 // ---- Start-up ---------------------------------------------------------------------------------
-
-static void place_player_at_start()
-{
-    if (!requested_start_placement.requested)
-        return;
-    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
-    player->position = {requested_start_placement.position[0], requested_start_placement.position[1],
-                        requested_start_placement.position[2]};
-    player->yaw = requested_start_placement.yaw;
-    player->pitch = requested_start_placement.pitch;
-}
-
-static int create_game_player()
-{
-    clear_player_motion();
-    clear_interaction();
-    if (!create_player())
-        return 0;
-    place_player_at_start();
-    return 1;
-}
-
-static int load_sky_textures()
-{
-    for (int32_t face = 0; face < SKY_FACES; ++face) {
-        sky_textures[face] = load_texture(sky_texture_names[face]);
-        if (sky_textures[face] < 0)
-            return 0;
-    }
-    return 1;
-}
-
-static int load_fixed_sounds()
-{
-    for (const fixed_sound& fixed : fixed_sounds) {
-        *fixed.index = load_sound(fixed.name);
-        if (*fixed.index < 0)
-            return 0;
-    }
-    return 1;
-}
 
 int game_init()
 {
@@ -88,19 +42,10 @@ int game_init()
         return 0;
     build_colour_tables();
     game_time = 0.0f;
-    if (!create_game_player())
-        return 0;
     fov_current = FOV * DEGREES_TO_RADIANS;
-    if (!load_game_fonts() || make_fallback_texture() < 0 || !load_sky_textures())
-        return 0;
-    // Index 0 of models and animations stands for none: an empty model draws nothing.
-    if (registry_claim(&models) != 0 || registry_claim(&animations) != 0)
-        return 0;
-    if (!load_fixed_sounds())
-        return 0;
-    if (registry_claim(&items) != 0) // item 0 is the placeholder
-        return 0;
-    return load_items("gloamhold_data/items.xml") && load_scene("gloamhold_data/scene.xml");
+    clear_player_motion();
+    clear_interaction();
+    return run_start_up_steps();
 }
 
 // ---- One update -------------------------------------------------------------------------------

@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "app/start_up.h" // requested_start_placement
+
 // 1 when the game has started, 0 on the first step that failed (the host then quits).
 int game_init();
 void game_update();
@@ -32,15 +34,6 @@ extern void (*frame_pass_ended)(frame_pass pass);
 // What the death screen blinks, in the dialogue font.
 extern char death_text[];
 
-// Where to put the player before the first update instead of the scene's start (the headless
-// host's --place); honoured when the player is created.
-struct start_placement {
-    int32_t requested;     // 1 when a placement was given
-    float position[3];
-    float yaw;             // radians
-    float pitch;           // radians
-};
-extern start_placement requested_start_placement;
 
 // The output the game opens: 44100 Hz, stereo, 16 bits, blocks of 1500 frames (about 34 ms).
 enum : uint32_t {

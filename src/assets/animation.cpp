@@ -37,18 +37,20 @@ int animation_free(animation* record)
 // "HIERARCHY " then one parent per bone, each found after the next space.
 static int read_hierarchy(text_file* file, animation* record)
 {
-    if (!read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY) ||
-        strncmp(file->line, "HIERARCHY ", 10) != 0)
-        return 0;
+    file->have_line = read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY);
+    if (!file->have_line || strncmp(file->line, "HIERARCHY ", 10) != 0)
+        return text_file_expected(file, "\"HIERARCHY\" and a parent for each bone");
     const char* cursor = file->line;
     for (int32_t bone = 0; bone < record->bone_count; ++bone) {
         cursor = strchr(cursor, ' ');
         if (!cursor)
-            return 0;
+            return text_file_report(file, "the hierarchy gives %d parents for %d bones", bone, record->bone_count);
         ++cursor;
         int32_t parent = 0;
-        if (!parse_int(cursor, -1, &parent) || parent < -1 || parent >= bone)
-            return 0;
+        if (!parse_int(cursor, -1, &parent))
+            return text_file_report(file, "the parent of bone %d is not an integer", bone);
+        if (parent < -1 || parent >= bone)
+            return text_file_report(file, "bone %d's parent %d must be -1 or an earlier bone", bone, parent);
         record->parents[bone] = parent;
     }
     return 1;
@@ -62,13 +64,21 @@ static int read_animation(text_file* file, animation* record)
         return 0;
     for (int32_t frame = 0; frame < frame_count; ++frame) {
         if (!text_file_scan(file, 1, "%f", &record->frame_times[frame]))
-            return 0;
+            return text_file_expected(file, "the time of frame %d", frame);
+        // Not a failure, but playback searches the keys as if they rose.
+        if (frame > 0 && record->frame_times[frame] < record->frame_times[frame - 1])
+            text_file_report(file, "frame %d's time %g comes before the previous frame's %g", frame,
+                             static_cast<double>(record->frame_times[frame]),
+                             static_cast<double>(record->frame_times[frame - 1]));
         bone_pose* pose = record->poses + static_cast<size_t>(frame) * bone_count;
         for (int32_t bone = 0; bone < bone_count; ++bone, ++pose)
             if (!text_file_scan_next(file, 7, "%f %f %f %f %f %f %f", &pose->translation.x, &pose->translation.y,
                                      &pose->translation.z, &pose->rotation[0], &pose->rotation[1],
                                      &pose->rotation[2], &pose->rotation[3]))
-                return 0;
+                return text_file_expected(file,
+                                          "the pose of bone %d in frame %d (seven numbers, with no empty or comment "
+                                          "line before it)",
+                                          bone, frame);
     }
     return 1;
 }

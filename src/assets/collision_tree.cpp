@@ -24,6 +24,24 @@ static int child_within(int32_t child, int32_t node_count)
     return child >= 0 && child < node_count;
 }
 
+static int read_node(text_file* file, int32_t i, const bsp_plane* planes, int32_t plane_count, bsp_node* node,
+                     int32_t node_count)
+{
+    int32_t plane = 0;
+    if (!text_file_scan(file, 3, "%i %i %i", &plane, &node->front, &node->back))
+        return text_file_expected(file, "node %d (plane front back)", i);
+    if (plane < 0 || plane >= plane_count)
+        return text_file_report(file, "node %d names plane %d, but there are %d planes", i, plane, plane_count);
+    if (!child_within(node->front, node_count))
+        return text_file_report(file, "node %d's front child %d is outside the tree's %d nodes", i, node->front,
+                                node_count);
+    if (!child_within(node->back, node_count))
+        return text_file_report(file, "node %d's back child %d is outside the tree's %d nodes", i, node->back,
+                                node_count);
+    node->plane = planes[plane];
+    return 1;
+}
+
 static int read_tree(text_file* file, collision_tree* tree)
 {
     int32_t plane_count = 0, node_count = 0;
@@ -33,15 +51,10 @@ static int read_tree(text_file* file, collision_tree* tree)
     bsp_plane* planes = nullptr;
     int ok = heap_alloc_array(&planes, plane_count);
     for (int32_t i = 0; ok && i < plane_count; ++i)
-        ok = text_file_scan(file, 4, "%f %f %f %f", &planes[i].a, &planes[i].b, &planes[i].c, &planes[i].d);
-    for (int32_t i = 0; ok && i < node_count; ++i) {
-        int32_t plane = 0;
-        bsp_node& node = tree->nodes[i];
-        ok = text_file_scan(file, 3, "%i %i %i", &plane, &node.front, &node.back) && plane >= 0 &&
-             plane < plane_count && child_within(node.front, node_count) && child_within(node.back, node_count);
-        if (ok)
-            node.plane = planes[plane];
-    }
+        if (!text_file_scan(file, 4, "%f %f %f %f", &planes[i].a, &planes[i].b, &planes[i].c, &planes[i].d))
+            ok = text_file_expected(file, "plane %d (a b c d)", i);
+    for (int32_t i = 0; ok && i < node_count; ++i)
+        ok = read_node(file, i, planes, plane_count, &tree->nodes[i], node_count);
     if (planes)
         platform_heap_free(planes);
     return ok;

@@ -18,9 +18,11 @@ struct item {
     int32_t pickup_sound;
     int32_t type;         // ITEM_TYPE_KEY, or 0 without a type
     int32_t lock;         // keys only: the door lock number it opens
+    int32_t line;         // of its element in the items file, for reports
 };
 
 extern registry items;
+extern const char* const ITEMS_FILE; // "gloamhold_data/items.xml"
 
 // Reads every <item> of every top-level <items> element into a new slot, registering its `key`.
 // A too long name, a type other than "key", a lock that is not an integer, a pickup sound that

@@ -5,6 +5,7 @@
 
 #include "assets/text_file.h"
 #include "assets/texture.h"
+#include "core/diagnostics.h"
 #include "core/heap.h"
 #include "core/text.h"
 #include "platform/platform.h"
@@ -127,9 +128,13 @@ static int index_within(int32_t index, int32_t count)
     return index >= 0 && index < count;
 }
 
-static int range_within(int32_t first, int32_t end, int32_t count)
+// A run [first, end) of `count` things, such as a subset's triangles; reported when it does not fit.
+static int run_fits(text_file* file, const char* what, int32_t i, const char* things, int32_t first, int32_t end,
+                    int32_t count)
 {
-    return first >= 0 && first <= end && end <= count;
+    if (first >= 0 && first <= end && end <= count)
+        return 1;
+    return text_file_report(file, "%s %d covers %s %d to %d, but there are %d", what, i, things, first, end, count);
 }
 
 static int run_within(int32_t first, int32_t length, int32_t count)
@@ -137,11 +142,16 @@ static int run_within(int32_t first, int32_t length, int32_t count)
     return first >= 0 && length >= 0 && static_cast<int64_t>(first) + length <= count;
 }
 
-static int read_triangle(text_file* file, model_triangle* triangle, int32_t point_count)
+static int read_triangle(text_file* file, const char* what, int32_t i, model_triangle* triangle, int32_t point_count)
 {
     int32_t* p = triangle->points;
-    return text_file_scan(file, 3, "%i %i %i", &p[0], &p[1], &p[2]) && index_within(p[0], point_count) &&
-           index_within(p[1], point_count) && index_within(p[2], point_count);
+    if (!text_file_scan(file, 3, "%i %i %i", &p[0], &p[1], &p[2]))
+        return text_file_expected(file, "%s %d (three point indices)", what, i);
+    for (int k = 0; k < 3; ++k)
+        if (!index_within(p[k], point_count))
+            return text_file_report(file, "%s %d names point %d, but the model has %d points", what, i, p[k],
+                                    point_count);
+    return 1;
 }
 
 // The texture-coordinate table, then one line per triangle naming a table entry for each corner;
@@ -153,13 +163,18 @@ static int read_texcoords(text_file* file, model* record, int32_t texcoord_count
         return 0;
     int ok = 1;
     for (int32_t i = 0; ok && i < texcoord_count; ++i)
-        ok = text_file_scan(file, 2, "%f %f", &table[i].u, &table[i].v);
+        if (!text_file_scan(file, 2, "%f %f", &table[i].u, &table[i].v))
+            ok = text_file_expected(file, "texture coordinate %d (u v)", i);
     for (int32_t t = 0; ok && t < record->triangle_count; ++t) {
         int32_t corner[3];
-        ok = text_file_scan(file, 3, "%i %i %i", &corner[0], &corner[1], &corner[2]);
+        if (!text_file_scan(file, 3, "%i %i %i", &corner[0], &corner[1], &corner[2]))
+            ok = text_file_expected(file, "the texture coordinates of triangle %d (three indices)", t);
         for (int k = 0; ok && k < 3; ++k) {
-            ok = index_within(corner[k], texcoord_count);
-            if (ok)
+            if (!index_within(corner[k], texcoord_count))
+                ok = text_file_report(file,
+                                      "triangle %d names texture coordinate %d, but there are %d texture coordinates",
+                                      t, corner[k], texcoord_count);
+            else
                 record->texcoords[record->triangles[t].points[k]] = table[corner[k]];
         }
     }
@@ -174,15 +189,18 @@ static int read_weights(text_file* file, model* record, int32_t weight_count)
     for (int32_t i = 0; i < weight_count; ++i) {
         model_weight& w = record->weights[i];
         if (!text_file_scan(file, 5, "%i %f %f %f %f", &w.bone, &w.position.x, &w.position.y, &w.position.z,
-                            &w.factor) ||
-            w.bone < 0)
-            return 0;
+                            &w.factor))
+            return text_file_expected(file, "weight %d (bone x y z factor)", i);
+        if (w.bone < 0)
+            return text_file_report(file, "weight %d names bone %d", i, w.bone);
     }
     for (int32_t i = 0; i < record->point_count; ++i) {
         point_weight_run& run = record->point_weights[i];
-        if (!text_file_scan(file, 2, "%i %i", &run.first_weight, &run.weight_count) ||
-            !run_within(run.first_weight, run.weight_count, weight_count))
-            return 0;
+        if (!text_file_scan(file, 2, "%i %i", &run.first_weight, &run.weight_count))
+            return text_file_expected(file, "the weights of point %d (first count)", i);
+        if (!run_within(run.first_weight, run.weight_count, weight_count))
+            return text_file_report(file, "point %d takes weights %d to %d, but the model has %d weights", i,
+                                    run.first_weight, run.first_weight + run.weight_count - 1, weight_count);
     }
     return 1;
 }
@@ -192,20 +210,26 @@ static int read_subsets(text_file* file, model* record)
     for (int32_t i = 0; i < record->subset_count; ++i) {
         model_subset& subset = record->subsets[i];
         char name[100];
-        if (!text_file_scan(file, 3, "%99s %i %i", name, &subset.first_triangle, &subset.end_triangle) ||
-            !range_within(subset.first_triangle, subset.end_triangle, record->triangle_count))
+        if (!text_file_scan(file, 3, "%99s %i %i", name, &subset.first_triangle, &subset.end_triangle))
+            return text_file_expected(file, "subset %d (texture first end)", i);
+        if (!run_fits(file, "subset", i, "triangles", subset.first_triangle, subset.end_triangle,
+                      record->triangle_count))
             return 0;
         // A texture that cannot be loaded is no error: the subset draws with the fallback.
+        int32_t reported = diagnostics_reported;
         int32_t texture_index = find_or_load_texture(name);
+        if (texture_index < 0)
+            report_unloaded(reported, "texture", FOLDER_TEXTURES, name, file->path, file->reader.line);
         subset.texture = texture_index >= 0 ? texture_index : fallback_texture;
     }
     return 1;
 }
 
-static int read_triangles(text_file* file, model_triangle* triangles, int32_t count, int32_t point_count)
+static int read_triangles(text_file* file, const char* what, model_triangle* triangles, int32_t count,
+                          int32_t point_count)
 {
     for (int32_t i = 0; i < count; ++i)
-        if (!read_triangle(file, &triangles[i], point_count))
+        if (!read_triangle(file, what, i, &triangles[i], point_count))
             return 0;
     return 1;
 }
@@ -215,16 +239,19 @@ static int read_colliders(text_file* file, model* record, int32_t collider_count
     int32_t triangle_count = 0;
     if (!text_file_count(file, "COLLISION_TRIANGLES ", &triangle_count) ||
         !model_create_colliders(record, collider_count, triangle_count) ||
-        !read_triangles(file, record->collision_triangles, triangle_count, record->point_count))
+        !read_triangles(file, "collision triangle", record->collision_triangles, triangle_count, record->point_count))
         return 0;
     for (int32_t i = 0; i < collider_count; ++i) {
         model_collider& collider = record->colliders[i];
         char name[TEXT_FILE_LINE_CAPACITY];
-        if (!text_file_scan(file, 3, "%199s %i %i", name, &collider.first, &collider.end) ||
-            !range_within(collider.first, collider.end, triangle_count))
+        if (!text_file_scan(file, 3, "%199s %i %i", name, &collider.first, &collider.end))
+            return text_file_expected(file, "collider %d (material first end)", i);
+        if (!run_fits(file, "collider", i, "collision triangles", collider.first, collider.end, triangle_count))
             return 0;
         // An unknown material is no error: it walks like stone.
         int32_t material = material_from_name(name);
+        if (material < 0)
+            text_file_report(file, "unknown material \"%s\": it walks and sounds like stone", name);
         collider.material = material >= 0 ? material : MATERIAL_STONE;
     }
     return 1;
@@ -235,12 +262,13 @@ static int read_occluders(text_file* file, model* record, int32_t occluder_count
     int32_t triangle_count = 0;
     if (!text_file_count(file, "OCCLUSION_TRIANGLES ", &triangle_count) ||
         !model_create_occluders(record, occluder_count, triangle_count) ||
-        !read_triangles(file, record->occlusion_triangles, triangle_count, record->point_count))
+        !read_triangles(file, "occlusion triangle", record->occlusion_triangles, triangle_count, record->point_count))
         return 0;
     for (int32_t i = 0; i < occluder_count; ++i) {
         model_occluder& occluder = record->occluders[i];
-        if (!text_file_scan(file, 2, "%i %i", &occluder.first, &occluder.end) ||
-            !range_within(occluder.first, occluder.end, triangle_count))
+        if (!text_file_scan(file, 2, "%i %i", &occluder.first, &occluder.end))
+            return text_file_expected(file, "occluder %d (first end)", i);
+        if (!run_fits(file, "occluder", i, "occlusion triangles", occluder.first, occluder.end, triangle_count))
             return 0;
     }
     return 1;
@@ -259,9 +287,9 @@ static int read_model(text_file* file, model* record)
     for (int32_t i = 0; i < points; ++i) {
         vec3& p = record->points[i];
         if (!text_file_scan(file, 3, "%f %f %f", &p.x, &p.y, &p.z))
-            return 0;
+            return text_file_expected(file, "point %d (x y z)", i);
     }
-    if (!read_triangles(file, record->triangles, triangles, points))
+    if (!read_triangles(file, "triangle", record->triangles, triangles, points))
         return 0;
     if (texcoords > 0 && !read_texcoords(file, record, texcoords))
         return 0;

@@ -2,8 +2,10 @@
 
 #include <string.h>
 
+#include "core/diagnostics.h"
 #include "core/heap.h"
 #include "core/text.h"
+#include "platform/platform.h"
 
 asset_name_table asset_names;
 
@@ -131,4 +133,34 @@ const char* asset_name_of(uint8_t kind, int32_t index)
             return entry.name;
     }
     return nullptr;
+}
+
+int asset_file_present(const char* path)
+{
+    platform_file file = platform_file_open(path);
+    if (file)
+        platform_file_close(file);
+    return file != nullptr;
+}
+
+void report_unloaded(int32_t reported_before, const char* noun, const char* folder, const char* name,
+                     const char* file, int32_t line)
+{
+    if (diagnostics_reported != reported_before)
+        return;
+    char path[ASSET_PATH_CAPACITY];
+    int path_fits = asset_path(path, folder, name);
+    const char* where = file ? file : path;
+    if (strlen(name) >= ASSET_NAME_CAPACITY || !path_fits) {
+        report(where, line, "%s name \"%s\" is longer than %d characters: the game cannot register it", noun, name,
+               ASSET_NAME_CAPACITY - 1);
+        return;
+    }
+    if (asset_file_present(path)) {
+        report(where, line, "%s \"%s\" cannot be loaded (its loader gave no reason)", noun, name);
+    } else if (file) {
+        report(where, line, "%s \"%s\" is missing (no file %s)", noun, name, path);
+    } else {
+        report(where, line, "missing: the game loads this %s at start-up and cannot start without it", noun);
+    }
 }

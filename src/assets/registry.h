@@ -103,5 +103,16 @@ extern const char* const FOLDER_ANIMATIONS; // "animations"
 extern const char* const FOLDER_SOUNDS;     // "sounds"
 extern const char* const FOLDER_DIALOGUES;  // "dialogues"
 
+// 1 when the file can be opened: a loader whose decoder refused a file tells a broken file from a
+// missing one by this before it reports.
+int asset_file_present(const char* path);
+
+// After a load by name gave -1: unless its loader has said why since `reported_before` (a value of
+// diagnostics_reported), says what the loader could not (the name cannot be registered, the file
+// is missing) at the place that names the asset, `file` and `line`. Without a file (what the game
+// loads by itself, such as the sky) it is said at the asset's own path. `noun` is "model", ...
+void report_unloaded(int32_t reported_before, const char* noun, const char* folder, const char* name,
+                     const char* file, int32_t line);
+
 // The name registered last for (kind, index), or null: the reverse of asset_name_find, for reports.
 const char* asset_name_of(uint8_t kind, int32_t index);

@@ -1,6 +1,7 @@
 #include "assets/scene.h"
 
 #include <math.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -9,12 +10,17 @@
 #include "assets/model.h"
 #include "assets/world.h"
 #include "assets/xml.h"
+#include "core/diagnostics.h"
 #include "core/numbers.h"
 #include "core/placement.h"
 #include "core/text.h"
 
 static const float DEGREES_TO_RADIANS = 0.017453292f;
 static const float PORTAL_MATCH_TOLERANCE = 0.01f;
+enum { FLICKER_STYLE_LAST = 11 };
+
+const char* const SCENE_FILE = "gloamhold_data/scene.xml";
+static const char* scene_file; // the file being loaded, for reports
 
 static int only_blanks(const char* text)
 {
@@ -40,30 +46,58 @@ static int read_corners(const char* text, vec3* c)
            only_blanks(text + end);
 }
 
+// A problem of an element, at its line. Returns 0.
+#if defined(__GNUC__)
+__attribute__((format(printf, 2, 3)))
+#endif
+static int report_at(const xml_node* node, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    report_v(scene_file, node->line, format, arguments);
+    va_end(arguments);
+    return 0;
+}
+
 // An optional number attribute: absent leaves *out alone, present must parse.
 static int read_float(const xml_node* node, const char* name, float* out)
 {
     const char* value = xml_attribute_value(node, name);
-    return !value || parse_float(value, -1, out);
+    return !value || parse_float(value, -1, out) || report_at(node, "%s \"%s\" is not a number", name, value);
 }
 
 static int read_int(const xml_node* node, const char* name, int32_t* out)
 {
     const char* value = xml_attribute_value(node, name);
-    return !value || parse_int(value, -1, out);
+    return !value || parse_int(value, -1, out) || report_at(node, "%s \"%s\" is not an integer", name, value);
 }
 
-// Weights may only name bones that the object's animation has.
-static int model_fits_animation(int32_t model_index, int32_t animation_index)
+// Weights may only name bones that the object's animation has: the first weight's bone that it
+// lacks, or -1.
+static int32_t bone_missing_from_animation(int32_t model_index, int32_t animation_index)
 {
     if (!registry_in_use(&models, model_index))
-        return 1; // no model record at all: no weights to check
+        return -1; // no model record at all: no weights to check
     const model* m = registry_at<model>(&models, model_index);
     const animation* a = registry_at<animation>(&animations, animation_index);
     for (int32_t i = 0; i < m->weight_count; ++i)
         if (m->weights[i].bone >= a->bone_count)
-            return 0;
-    return 1;
+            return m->weights[i].bone;
+    return -1;
+}
+
+// An asset the element names by `attribute`, loaded with `load`; 0 when the element has none.
+static int32_t load_named_by(const xml_node* node, const char* attribute, const char* noun, const char* folder,
+                             int32_t (*load)(const char* name))
+{
+    const char* name = xml_attribute_value(node, attribute);
+    if (!name)
+        return 0;
+    int32_t reported = diagnostics_reported;
+    int32_t index = load(name);
+    if (index < 0)
+        report_unloaded(reported, noun, folder, name, scene_file, node->line);
+    return index;
 }
 
 // Position, angles (degrees in the file), model and animation of an object element.
@@ -74,16 +108,20 @@ static int read_object(const xml_node* node, int32_t index)
     if (!read_float(node, "x", &position.x) || !read_float(node, "y", &position.y) ||
         !read_float(node, "z", &position.z) || !read_float(node, "yaw", &yaw) || !read_float(node, "pitch", &pitch))
         return 0;
-    int32_t model_index = 0, animation_index = 0;
-    const char* model_name = xml_attribute_value(node, "model");
-    if (model_name && (model_index = load_model(model_name)) < 0)
+    int32_t model_index = load_named_by(node, "model", "model", FOLDER_MODELS, load_model);
+    if (model_index < 0)
+        return 0;
+    int32_t animation_index = load_named_by(node, "animation", "animation", FOLDER_ANIMATIONS, load_animation);
+    if (animation_index < 0)
         return 0;
     const char* animation_name = xml_attribute_value(node, "animation");
-    if (animation_name && (animation_index = load_animation(animation_name)) < 0)
-        return 0;
-    if (animation_name && !model_fits_animation(model_index, animation_index))
-        return 0;
+    int32_t missing_bone = animation_name ? bone_missing_from_animation(model_index, animation_index) : -1;
+    if (missing_bone >= 0)
+        return report_at(node, "model \"%s\" is moved by bone %d, but animation \"%s\" has %d bones",
+                         xml_attribute_value(node, "model"), missing_bone, animation_name,
+                         registry_at<animation>(&animations, animation_index)->bone_count);
     object* o = registry_at<object>(&objects, index);
+    o->line = node->line;
     o->position = position;
     o->yaw = yaw * DEGREES_TO_RADIANS;
     o->pitch = pitch * DEGREES_TO_RADIANS;
@@ -105,11 +143,15 @@ static int add_portal(const xml_node* node, int32_t room_index)
 {
     const char* points = xml_attribute_value(node, "points");
     int32_t index = registry_claim(&portals);
-    if (!points || index < 0)
+    if (!points)
+        return report_at(node, "the portal has no points");
+    if (index < 0)
         return 0;
     portal* p = registry_at<portal>(&portals, index);
+    p->line = node->line;
     if (!read_corners(points, p->corners))
-        return 0;
+        return report_at(node, "points \"%s\" must be four corners of three numbers: \"x,y,z x,y,z x,y,z x,y,z\"",
+                         points);
     p->closed = xml_attribute_value(node, "closed") != nullptr;
     p->target_room = 0;
     p->door = -1;
@@ -142,6 +184,12 @@ static int add_light(const xml_node* node, int32_t room_index)
         !read_int(node, "flickering", &l->flicker_style))
         return 0;
     l->shadow = shadow != 0;
+    // Not failures: the light is kept as it stands.
+    if (l->radius <= 0.0f)
+        report_at(node, "the light has no radius above 0: it lights nothing");
+    if (flickering && (l->flicker_style < 1 || l->flicker_style > FLICKER_STYLE_LAST))
+        report_at(node, "flickering style %d is not one of 1 to %d: the light keeps its brightness", l->flicker_style,
+                  FLICKER_STYLE_LAST);
     return 1;
 }
 
@@ -151,10 +199,11 @@ static int add_actor(const xml_node* node)
     int32_t actor_index = object_index < 0 ? -1 : registry_claim(&actors);
     if (actor_index < 0)
         return 0;
-    int32_t dialogue_index = 0;
-    const char* dialogue_name = xml_attribute_value(node, "dialogue");
-    if (dialogue_name && (dialogue_index = load_dialogue(dialogue_name)) < 0)
+    int32_t dialogue_index = load_named_by(node, "dialogue", "dialogue", FOLDER_DIALOGUES, load_dialogue);
+    if (dialogue_index < 0)
         return 0;
+    if (!xml_attribute_value(node, "dialogue"))
+        report_at(node, "the actor has no dialogue: talking to it starts the first dialogue loaded");
     actor* a = registry_at<actor>(&actors, actor_index);
     a->object = object_index;
     a->dialogue = dialogue_index;
@@ -193,8 +242,10 @@ static int add_pickup(const xml_node* node)
         return 0;
     int32_t item_index = 0; // without `item`, the empty placeholder item
     const char* key = xml_attribute_value(node, "item");
+    if (!key)
+        report_at(node, "the pickup names no item: it gives nothing");
     if (key && (item_index = asset_name_find(ASSET_ITEM, key)) < 0)
-        return 0;
+        return report_at(node, "item \"%s\" is not a key of items.xml", key);
     object* o = registry_at<object>(&objects, object_index);
     o->item = item_index;
     o->type = OBJECT_PICKUP;
@@ -224,12 +275,16 @@ static int add_child(const xml_node* child, int32_t room_index)
 static int read_room(const xml_node* node, int32_t room_index)
 {
     room* r = registry_at<room>(&rooms, room_index);
+    r->line = node->line;
     const char* box = xml_attribute_value(node, "box");
-    if ((box && !read_box(box, &r->box_min, &r->box_max)) || !read_int(node, "bsp_node", &r->bsp_node))
+    if (box && !read_box(box, &r->box_min, &r->box_max))
+        return report_at(node, "box \"%s\" must be six numbers: \"x,y,z x,y,z\"", box);
+    if (!read_int(node, "bsp_node", &r->bsp_node))
         return 0;
     // A room stands for a node of the tree: its walk must start inside it.
     if (r->bsp_node < 0 || r->bsp_node >= scene_tree.node_count)
-        return 0;
+        return report_at(node, "bsp_node %d is not a node of the collision tree, which has %d", r->bsp_node,
+                         scene_tree.node_count);
     r->first_portal = portals.count;
     r->first_object = objects.count;
     // Statics first, so that a room's static objects form one unbroken run.
@@ -259,24 +314,49 @@ static int read_scene(const xml_document* document)
     for (int32_t i = 0; i < document->node_count && !scene; ++i)
         if (xml_name_is(document->nodes[i].name, "scene"))
             scene = &document->nodes[i];
-    const char* bsp = scene ? xml_attribute_value(scene, "bsp") : nullptr;
-    char tree_path[ASSET_PATH_CAPACITY];
-    if (!bsp || string_printf(tree_path, sizeof tree_path, "%s/%s", DATA_ROOT, bsp) != 0 ||
-        !collision_tree_load(&scene_tree, tree_path))
+    if (!scene) {
+        report(scene_file, 0, "there is no <scene> element");
         return 0;
+    }
+    const char* bsp = xml_attribute_value(scene, "bsp");
+    if (!bsp)
+        return report_at(scene, "the scene has no bsp attribute naming its collision tree");
+    char tree_path[ASSET_PATH_CAPACITY];
+    if (string_printf(tree_path, sizeof tree_path, "%s/%s", DATA_ROOT, bsp) != 0)
+        return report_at(scene, "collision tree \"%s\": the path is longer than %d characters", bsp,
+                         ASSET_PATH_CAPACITY - 1);
+    int32_t reported = diagnostics_reported;
+    if (!collision_tree_load(&scene_tree, tree_path)) {
+        // The tree's reader says why it stops, except when the file cannot be opened.
+        if (diagnostics_reported == reported)
+            report_at(scene, "collision tree \"%s\" is missing (no file %s)", bsp, tree_path);
+        return 0;
+    }
     int32_t room_index = registry_claim(&rooms);
     return room_index >= 0 && read_room(scene, room_index);
 }
 
 int load_scene(const char* path)
 {
+    scene_file = path;
     xml_document document = {};
-    if (!xml_load_file(&document, path))
+    if (!xml_load_file(&document, path)) {
+        if (xml_error_line == 0)
+            report(path, 0, "missing: the game loads this file at start-up and cannot start without it");
         return 0;
+    }
     int ok = read_scene(&document);
     xml_free_document(&document);
-    if (!ok || !link_portals())
+    if (!ok)
         return 0;
+    if (!link_portals()) {
+        for (int32_t i = 0; i < portals.count; ++i)
+            if (registry_at<portal>(&portals, i)->target_room < 0)
+                report(path, registry_at<portal>(&portals, i)->line,
+                       "the portal has no partner: no portal of another room faces it with every corner within %g",
+                       static_cast<double>(PORTAL_MATCH_TOLERANCE));
+        return 0;
+    }
     link_doors();
     return 1;
 }

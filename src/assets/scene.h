@@ -3,6 +3,8 @@
 // to the room on its other side, every door to the portals it fills.
 #pragma once
 
+extern const char* const SCENE_FILE; // "gloamhold_data/scene.xml"
+
 // Loads the scene into the world model (scene_tree, rooms, portals, objects, ...). The scene
 // element is room 0 and nested rooms are numbered depth-first in document order; a room's statics
 // come first, then its portals, lights, actors, doors and pickups, then its nested rooms. Any

@@ -2,20 +2,21 @@
 
 #include <string.h>
 
+#include "core/diagnostics.h"
 #include "core/heap.h"
 #include "platform/platform.h"
 
 registry sounds = REGISTRY_OF(sound);
 
 // Appends the decoder's blocks to the record until the stream ends; 0 when a read or a growth fails.
-static int read_samples(sound* record, platform_sound_file file)
+static int read_samples(sound* record, platform_sound_file file, const char* path)
 {
     for (;;) {
         const uint8_t* bytes = nullptr;
         uint32_t length = 0;
         int ended = 0;
         if (!platform_sound_file_read(file, &bytes, &length, &ended))
-            return 0;
+            return report(path, 0, "the samples cannot be read to the end");
         if (ended)
             return 1;
         if (length == 0)
@@ -33,16 +34,24 @@ int sound_load_file(sound* record, const char* path)
 {
     platform_sound_format format = {};
     platform_sound_file file = platform_sound_file_open(path, &format);
-    if (!file)
+    if (!file) {
+        // Nothing to say when the file is missing: whoever named it says so.
+        if (asset_file_present(path))
+            report(path, 0, "not a sound the game can read (it takes uncompressed 8- or 16-bit PCM)");
         return 0;
+    }
     memset(record, 0, sizeof *record);
-    int ok = format.channels <= 2 && (format.bits_per_sample == 8 || format.bits_per_sample == 16);
+    int ok = 1;
+    if (format.bits_per_sample != 8 && format.bits_per_sample != 16)
+        ok = report(path, 0, "%u-bit samples: sounds must have 8- or 16-bit samples", format.bits_per_sample);
+    else if (format.channels > 2)
+        ok = report(path, 0, "%u channels: sounds must be mono or stereo", format.channels);
     if (ok) {
         record->bits_per_sample = format.bits_per_sample;
         record->channels = format.channels;
         record->sample_rate = format.sample_rate;
         // Samples gathered before a failing read stay with the record; only broken files get there.
-        ok = read_samples(record, file);
+        ok = read_samples(record, file, path);
     }
     platform_sound_file_close(file);
     return ok;

@@ -2,30 +2,54 @@
 
 #include <stdarg.h>
 #include <stdio.h>
+#include <string.h>
+
+#include "core/diagnostics.h"
+#include "core/text.h"
 
 int text_file_open(text_file* file, const char* path)
 {
-    file->handle = platform_file_open(path);
-    if (!file->handle)
+    if (!reader_open_file(&file->reader, path, TEXT_FILE_BUFFER))
         return 0;
-    if (!reader_open(&file->reader, file->handle, TEXT_FILE_BUFFER)) {
-        platform_file_close(file->handle);
-        return 0;
-    }
+    file->path = path;
     file->line[0] = 0;
+    file->have_line = 0;
     return 1;
 }
 
 void text_file_close(text_file* file)
 {
-    reader_close(&file->reader);
-    platform_file_close(file->handle);
+    reader_close_file(&file->reader);
+}
+
+// Where the reader stopped without a line: a blank line ending in a bare line feed (it consumed
+// one) stops the game's reading as surely as the end of the file does.
+static void report_stopped_before(const text_file* file, const char* what)
+{
+    if (file->reader.lines_ended >= file->reader.line && file->reader.line > 0)
+        report(file->path, file->reader.line,
+               "blank line ending in a bare line feed: the game stops reading the file here, before %s", what);
+    else
+        report(file->path, 0, "the file ends before %s", what);
 }
 
 int text_file_count(text_file* file, const char* keyword, int32_t* count)
 {
+    *count = 0;
     // A negative count would size nothing sensible: it fails like a malformed one.
-    return read_count_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY, keyword, count) && *count >= 0;
+    if (read_count_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY, keyword, count) && *count >= 0)
+        return 1;
+    file->have_line = file->line[0] != 0; // a content line is never empty
+    size_t length = strlen(keyword);
+    if (!file->have_line)
+        text_file_expected(file, "the header \"%s<count>\"", keyword);
+    else if (strncmp(file->line, keyword, length) != 0)
+        text_file_report(file, "expected the header \"%s<count>\" here, found \"%s\"", keyword, file->line);
+    else if (*count < 0)
+        text_file_report(file, "negative count %d", static_cast<int>(*count));
+    else
+        text_file_report(file, "\"%s\" is not a count", file->line + length);
+    return 0;
 }
 
 // Converts the line just read (when there was one) with the caller's arguments.
@@ -39,20 +63,47 @@ static int scan_line(int have_line, const char* line, int wanted, const char* fo
 
 int text_file_scan(text_file* file, int wanted, const char* format, ...)
 {
-    int have_line = read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY);
+    file->have_line = read_content_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY);
     va_list arguments;
     va_start(arguments, format);
-    int ok = scan_line(have_line, file->line, wanted, format, arguments);
+    int ok = scan_line(file->have_line, file->line, wanted, format, arguments);
     va_end(arguments);
     return ok;
 }
 
 int text_file_scan_next(text_file* file, int wanted, const char* format, ...)
 {
-    int have_line = reader_read_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY) != 0;
+    file->have_line = reader_read_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY) != 0;
     va_list arguments;
     va_start(arguments, format);
-    int ok = scan_line(have_line, file->line, wanted, format, arguments);
+    int ok = scan_line(file->have_line, file->line, wanted, format, arguments);
     va_end(arguments);
     return ok;
+}
+
+int text_file_expected(text_file* file, const char* what_format, ...)
+{
+    if (!diagnostics) {
+        ++diagnostics_reported;
+        return 0;
+    }
+    char what[DIAGNOSTIC_MESSAGE_CAPACITY];
+    va_list arguments;
+    va_start(arguments, what_format);
+    string_vprintf(what, sizeof what, what_format, arguments);
+    va_end(arguments);
+    if (file->have_line)
+        text_file_report(file, "expected %s, found \"%s\"", what, file->line);
+    else
+        report_stopped_before(file, what);
+    return 0;
+}
+
+int text_file_report(text_file* file, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    report_v(file->path, file->reader.line, format, arguments);
+    va_end(arguments);
+    return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "core/diagnostics.h"
 #include "core/settings.h"
 #include "core/text.h"
 #include "platform/platform.h"
@@ -52,14 +53,24 @@ int texture_free(texture* record)
 int texture_load_file(texture* record, const char* path)
 {
     platform_image image = platform_image_open(path, TEXTURE_DITHERING != 0);
-    if (!image)
+    if (!image) {
+        // Nothing to say when the file is missing: whoever named it says so.
+        if (asset_file_present(path))
+            report(path, 0, "cannot be decoded as an image");
         return 0;
+    }
     uint32_t width = 0, height = 0;
-    int ok = platform_image_size(image, &width, &height) && is_power_of_two(width) && is_power_of_two(height) &&
-             width <= 0x40000000u && height <= 0x40000000u; // sides that fit the signed fields
+    int ok = platform_image_size(image, &width, &height);
+    if (!ok)
+        report(path, 0, "the image's size cannot be read");
+    else if (!is_power_of_two(width) || !is_power_of_two(height))
+        ok = report(path, 0, "%ux%u: both sides of a texture must be powers of two", width, height);
+    else if (width > 0x40000000u || height > 0x40000000u) // sides that fit the signed fields
+        ok = report(path, 0, "%ux%u: a side above 2^30 texels", width, height);
     if (ok)
         ok = texture_create(record, static_cast<int32_t>(width), static_cast<int32_t>(height));
     if (ok && !platform_image_copy(image, record->texels, width * 2)) {
+        report(path, 0, "the pixels cannot be decoded");
         texture_free(record);
         ok = 0;
     }
@@ -105,8 +116,9 @@ static int is_digit(char c)
 }
 
 // Flags from the name: the "env_" prefix, then the letters between the first "@" and the next
-// "." (no suffix when a "." comes first). 0 when an "e" or "t" is not followed by a digit.
-static int apply_name_flags(texture* record, const char* name)
+// "." (no suffix when a "." comes first). 0, reported at `path`, when an "e" or "t" is not
+// followed by a digit.
+static int apply_name_flags(texture* record, const char* name, const char* path)
 {
     if (strncmp(name, "env_", 4) == 0)
         record->flags |= TEXTURE_ENVIRONMENT;
@@ -117,8 +129,10 @@ static int apply_name_flags(texture* record, const char* name)
         if (*c == 'd') {
             record->flags |= TEXTURE_DOUBLE_SIDED;
         } else if (*c == 'e' || *c == 't') {
-            if (!is_digit(c[1]))
+            if (!is_digit(c[1])) {
+                report(path, 0, "the name's \"@\" suffix has \"%c\" without a digit after it", *c);
                 return 0;
+            }
             int level = c[1] - '0';
             if (*c == 'e') {
                 record->flags |= TEXTURE_FIXED_LIGHT;
@@ -152,7 +166,7 @@ int32_t load_texture(const char* name)
         return -1;
     }
     // A malformed suffix fails the call but leaves the texture decoded and registered.
-    return apply_name_flags(record, name) ? index : -1;
+    return apply_name_flags(record, name, path) ? index : -1;
 }
 
 int32_t find_or_load_texture(const char* name)

@@ -22,6 +22,7 @@ struct room {
     int32_t portal_count;
     int32_t first_object; // the room's static objects: [first_object, first_object + object_count)
     int32_t object_count;
+    int32_t line;         // of its element in the scene file, for reports
 };
 
 struct portal {
@@ -32,6 +33,7 @@ struct portal {
     vec3 normal;         // of the plane through the first three corners
     float plane_d;       // -(normal . centre)
     vec3 centre;         // the average of the corners
+    int32_t line;        // of its element in the scene file, for reports
 };
 
 enum object_type : uint8_t {
@@ -65,6 +67,7 @@ struct object {
     int32_t item; // pickups: the item it gives
     int32_t health;
     int32_t health_max;
+    int32_t line; // of its element in the scene file, for reports; 0 for the player and lights
 };
 
 struct actor {

@@ -1,7 +1,9 @@
 #include "assets/xml.h"
 
+#include <stdarg.h>
 #include <string.h>
 
+#include "core/diagnostics.h"
 #include "core/file_reader.h"
 #include "core/heap.h"
 #include "core/text.h"
@@ -57,6 +59,7 @@ template <typename T> int xml_array_finish(xml_array<T>* array)
 
 struct xml_parser {
     file_reader reader;
+    const char* path;  // for reports
     int32_t line;      // 1-based line of the character last read (a line feed ends its line)
     bool line_ended;   // that character was a line feed: the next one starts a line
 };
@@ -90,6 +93,19 @@ bool is_element_name_char(char c)
 bool is_attribute_name_char(char c)
 {
     return is_letter(c) || is_digit(c) || c == '_' || c == '-' || c == '.';
+}
+
+// Reports the rule the file breaks at the line being read. Returns 0.
+#if defined(__GNUC__)
+__attribute__((format(printf, 2, 3)))
+#endif
+int fail(xml_parser* parser, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    report_v(parser->path, parser->line, format, arguments);
+    va_end(arguments);
+    return 0;
 }
 
 int next_char(xml_parser* parser, char* c)
@@ -127,15 +143,16 @@ template <typename NameChar>
 int read_name(xml_parser* parser, char first, char* name, NameChar is_name_char, char* c)
 {
     int32_t length = 0;
-    if (!is_name_start(first) || !append_bounded(name, &length, XML_NAME_CAPACITY, first))
-        return 0;
+    if (!is_name_start(first))
+        return fail(parser, "expected a name (a letter, \"_\" or \":\" first), found \"%c\"", first);
+    append_bounded(name, &length, XML_NAME_CAPACITY, first);
     for (;;) {
         if (!next_char(parser, c))
             return 0;
         if (!is_name_char(*c))
             return 1;
         if (!append_bounded(name, &length, XML_NAME_CAPACITY, *c))
-            return 0;
+            return fail(parser, "the name \"%s...\" is longer than %d characters", name, XML_NAME_CAPACITY - 2);
     }
 }
 
@@ -165,7 +182,8 @@ int read_attributes(xml_parser* parser, xml_node* node, char* c)
             if (*c == '"')
                 break;
             if (!append_bounded(attribute->value, &length, XML_VALUE_CAPACITY, *c))
-                return 0;
+                return fail(parser, "the value of %s is longer than %d characters", attribute->name,
+                            XML_VALUE_CAPACITY - 2);
         }
         if (!next_char(parser, c))
             return 0;
@@ -201,7 +219,7 @@ int read_content(xml_parser* parser, xml_node* node)
         if (text_length == 0 && white)
             continue; // leading white space is trimmed; the rest is kept as it stands
         if (!append_bounded(node->text, &text_length, XML_TEXT_CAPACITY, c))
-            return 0;
+            return fail(parser, "the text of <%s> is longer than %d characters", node->name, XML_TEXT_CAPACITY - 2);
     }
     // The end tag may close with any prefix of the name ("</r>" and "</>" close <room>), but
     // every character it has must match, and a blank before ">" does not.
@@ -211,7 +229,8 @@ int read_content(xml_parser* parser, xml_node* node)
         if (c == '>')
             break;
         if (node->name[i] == 0 || c != node->name[i])
-            return 0;
+            return fail(parser, "the end tag does not close <%s>: it must spell the name, or its beginning, up to \">\"",
+                        node->name);
     }
     return xml_array_finish(&children);
 }
@@ -219,14 +238,18 @@ int read_content(xml_parser* parser, xml_node* node)
 int read_element(xml_parser* parser, xml_node* node, char first)
 {
     char c;
+    node->line = parser->line;
     if (!read_name(parser, first, node->name, is_element_name_char, &c))
         return 0;
     if (is_blank(c) && !read_attributes(parser, node, &c))
         return 0;
-    if (c == '/')
-        return next_char(parser, &c) && c == '>';
+    if (c == '/') {
+        if (!next_char(parser, &c))
+            return 0;
+        return c == '>' || fail(parser, "expected \">\" after \"/\" in <%s>, found \"%c\"", node->name, c);
+    }
     if (c != '>')
-        return 0;
+        return fail(parser, "expected a blank, \"/>\" or \">\" after the name <%s>, found \"%c\"", node->name, c);
     return read_content(parser, node);
 }
 
@@ -248,7 +271,7 @@ int read_document(xml_parser* parser, xml_document* document)
             continue;
         }
         if (c == '/')
-            return 0;
+            return fail(parser, "an end tag with no element open");
         xml_node* node = xml_array_append(&nodes);
         if (!node || !read_element(parser, node, c))
             return 0;
@@ -273,13 +296,19 @@ int xml_load_file(xml_document* document, const char* filename)
     document->nodes = nullptr;
     xml_error_line = 0;
     xml_parser parser;
+    parser.path = filename;
     parser.line = 1;
     parser.line_ended = false;
     if (!reader_open_file(&parser.reader, filename, XML_READ_BUFFER))
         return 0;
+    int32_t reported = diagnostics_reported;
     int ok = read_document(&parser, document);
     reader_close_file(&parser.reader);
     if (!ok) {
+        // The rules not reported where they break: the end of the file inside a tag, an element or a
+        // comment, and a heap that refused to grow.
+        if (diagnostics_reported == reported)
+            fail(&parser, "the game's XML reader stops here: the file ends inside a tag, an element or a comment");
         xml_error_line = parser.line;
         xml_free_document(document); // nobody reads a half-built tree; give its blocks back
     }

@@ -24,6 +24,7 @@ struct xml_node {
     xml_attribute* attributes;   // heap block in document order, or null
     char name[XML_NAME_CAPACITY];
     char text[XML_TEXT_CAPACITY]; // the element's own text pieces, joined, leading white space trimmed
+    int32_t line;                 // the line (from 1) of its start tag, for reports
 };
 
 struct xml_document {
@@ -31,10 +32,12 @@ struct xml_document {
     xml_node* nodes; // the top-level elements
 };
 
-// 1 when the whole file parsed; 0 when it cannot be opened or breaks a rule (the document is then empty).
+// 1 when the whole file parsed; 0 when it cannot be opened or breaks a rule (the document is then
+// empty). A broken rule is reported at its line; a file that cannot be opened is not (whoever
+// named it says it is missing).
 int xml_load_file(xml_document* document, const char* filename);
 // After xml_load_file gave 0: the line (from 1) on which the rule was broken, or 0 when the file
-// could not be opened. Nothing is reported by the game; the data checker points modders there.
+// could not be opened.
 extern int32_t xml_error_line;
 
 // Releases every block of the tree; 1, or 0 as soon as the heap refuses a release.

@@ -9,6 +9,8 @@ int reader_open(file_reader* reader, platform_file handle, int32_t capacity)
     reader->handle = handle;
     reader->position = -1;
     reader->size = capacity;
+    reader->lines_ended = 0;
+    reader->line = 0;
     reader->buffer = static_cast<char*>(platform_heap_alloc(static_cast<size_t>(capacity)));
     if (!reader->buffer)
         return 0;
@@ -50,12 +52,15 @@ int reader_read(file_reader* reader, void* destination, int32_t element_size, in
 int32_t reader_read_line(file_reader* reader, char* line, int32_t capacity)
 {
     int32_t stored = 0;
+    reader->line = reader->lines_ended + 1;
     while (stored < capacity - 1) {
         if (!reader_fill(reader))
             break;
         char c = reader->buffer[reader->position++];
-        if (c == '\n')
+        if (c == '\n') {
+            ++reader->lines_ended;
             break;
+        }
         line[stored++] = c;
     }
     if (capacity > 0)

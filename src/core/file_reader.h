@@ -11,6 +11,8 @@ struct file_reader {
     int32_t position;     // next unread byte in buffer; -1 before the first fill
     int32_t size;         // bytes the last fill delivered (the capacity before any fill)
     char* buffer;
+    int32_t lines_ended; // line feeds that reader_read_line has consumed
+    int32_t line;        // the line (from 1) that reader_read_line read last, for reports
 };
 
 // 1, or 0 when the buffer cannot be allocated.
@@ -22,7 +24,8 @@ int reader_read(file_reader* reader, void* destination, int32_t element_size, in
 // Reads one line into `line` (always NUL-terminated) and returns the number of characters stored,
 // counted before a trailing carriage return is dropped. A line feed ends the line and is not
 // stored; a line longer than capacity - 1 is cut there and its rest comes as the next line.
-// 0 means the end of the file, or an empty line ending in a bare line feed.
+// 0 means the end of the file, or an empty line ending in a bare line feed. The rest of a cut
+// line keeps the cut line's number.
 int32_t reader_read_line(file_reader* reader, char* line, int32_t capacity);
 
 // Frees the buffer; the caller closes the handle.

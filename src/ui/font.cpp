@@ -2,12 +2,16 @@
 
 #include <string.h>
 
+#include "core/diagnostics.h"
 #include "core/file_reader.h"
+#include "assets/registry.h"
 #include "platform/platform.h"
 #include "render/frame.h"
 
 font font_system;
 font font_dialogue;
+const char* const FONT_SYSTEM_FILE = "gloamhold_data/fonts/font_system.fnt";
+const char* const FONT_DIALOGUE_FILE = "gloamhold_data/fonts/font_dialogue.fnt";
 
 enum { FONT_READ_BUFFER = 4096 };
 
@@ -42,27 +46,40 @@ static int read_glyph(file_reader* reader, glyph* entry)
 }
 
 // Everything after the file is open; the caller zeroes the record when this fails.
-static int read_font(file_reader* reader, font* record)
+static int read_font(file_reader* reader, font* record, const char* path)
 {
     uint8_t magic[4];
-    if (!reader_read(reader, magic, 1, 4) || memcmp(magic, "FNT", 4) != 0)
-        return 0;
+    if (!reader_read(reader, magic, 1, 4))
+        return report(path, 0, "shorter than a font header (7 bytes)");
+    if (memcmp(magic, "FNT", 4) != 0)
+        return report(path, 0, "not a font: the first four bytes must be \"FNT\" and a zero byte");
     uint8_t line_height, first, last;
     if (!read_u8(reader, &line_height) || !read_u8(reader, &first) || !read_u8(reader, &last))
-        return 0;
+        return report(path, 0, "shorter than a font header (7 bytes)");
     record->line_height = line_height; // the glyphs were cleared with the whole record
     for (uint32_t code = first; code <= last; ++code)
         if (!read_glyph(reader, &record->glyphs[code]))
-            return 0;
+            return report(path, 0, "ends inside the glyph table, at character %u (the header says %u to %u)", code,
+                          first, last);
     uint32_t size;
+    if (!read_u32(reader, &size))
+        return report(path, 0, "ends before the size of the bitmap data");
     // The reader takes a signed count: a block it cannot deliver in one request fails the load.
-    if (!read_u32(reader, &size) || size > 0x7FFFFFFFu)
-        return 0;
+    if (size > 0x7FFFFFFFu)
+        return report(path, 0, "%u bytes of bitmap data: more than the game reads in one piece", size);
     record->bitmaps = static_cast<uint8_t*>(platform_heap_alloc(size));
     if (!record->bitmaps)
         return 0;
     record->bitmap_size = size;
-    return reader_read(reader, record->bitmaps, 1, static_cast<int32_t>(size));
+    if (!reader_read(reader, record->bitmaps, 1, static_cast<int32_t>(size)))
+        return report(path, 0, "the header promises %u bytes of bitmap data, but the file ends before them", size);
+    // Not a failure: such a glyph is never drawn.
+    for (uint32_t code = first; code <= last; ++code) {
+        const glyph& g = record->glyphs[code];
+        if (static_cast<uint64_t>(g.bitmap_offset) + g.height * ((g.width + 7u) / 8u) > size)
+            report(path, 0, "the bitmap of character %u reaches past the bitmap data: it is never drawn", code);
+    }
+    return 1;
 }
 
 int font_load(font* record, const char* file_name)
@@ -72,7 +89,7 @@ int font_load(font* record, const char* file_name)
     if (!handle)
         return 0;
     file_reader reader;
-    int loaded = reader_open(&reader, handle, FONT_READ_BUFFER) && read_font(&reader, record);
+    int loaded = reader_open(&reader, handle, FONT_READ_BUFFER) && read_font(&reader, record, file_name);
     reader_close(&reader);
     platform_file_close(handle);
     if (!loaded) {
@@ -82,10 +99,19 @@ int font_load(font* record, const char* file_name)
     return loaded;
 }
 
+// A font the game cannot open is reported here; the loader reports every other failure.
+static int load_game_font(font* record, const char* path)
+{
+    if (font_load(record, path))
+        return 1;
+    if (!asset_file_present(path))
+        report(path, 0, "missing: the game cannot start without its two fonts");
+    return 0;
+}
+
 int load_game_fonts()
 {
-    return font_load(&font_system, "gloamhold_data/fonts/font_system.fnt") &&
-           font_load(&font_dialogue, "gloamhold_data/fonts/font_dialogue.fnt");
+    return load_game_font(&font_system, FONT_SYSTEM_FILE) && load_game_font(&font_dialogue, FONT_DIALOGUE_FILE);
 }
 
 uint8_t decode_character(const char* text, int32_t* position)

@@ -26,6 +26,9 @@ struct font {
 extern font font_system;   // HUD and debug text
 extern font font_dialogue; // the dialogue box and the death screen
 
+extern const char* const FONT_SYSTEM_FILE;   // "gloamhold_data/fonts/font_system.fnt"
+extern const char* const FONT_DIALOGUE_FILE; // "gloamhold_data/fonts/font_dialogue.fnt"
+
 // Reads a ".fnt" file; 1, or 0 with the whole record zeroed.
 int font_load(font* record, const char* file_name);
 // Start-up: both game fonts from gloamhold_data/fonts; 0 when either fails.

@@ -199,7 +199,7 @@ TEST_F(check_test, blank_line_that_ends_reading_early_is_named)
 {
     plant("models/probe.mdl", std::string(GOOD_MODEL_HEAD) + "0 0 0\n\n1 0 0\n0 1 0\n0 1 2\n");
     expect_only("gloamhold_data/models/probe.mdl:9: blank line ending in a bare line feed: the game stops reading the "
-                "file here");
+                "file here, before point 1 (x y z)");
 }
 
 TEST_F(check_test, unknown_material_is_named)
@@ -283,8 +283,7 @@ TEST_F(check_test, xml_the_game_cannot_read_is_named_where_its_reader_stops)
 {
     int line = replace("scene.xml", "model=\"windlass.mdl\"/>", "model=\"windlass.mdl\"></statics>");
     expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
-                ": the game's XML reader stops here (it takes start tags with double-quoted values, names of up to "
-                "62 characters, values of up to 126, end tags that match)");
+                ": the end tag does not close <static>: it must spell the name, or its beginning, up to \">\"");
 }
 
 TEST_F(check_test, missing_model_is_named_at_the_element_that_names_it)
@@ -399,4 +398,440 @@ TEST_F(check_test, room_whose_space_another_room_claims_first_is_named)
     expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
                 ": the room shares open space with the room on line " + std::to_string(hall_line) +
                 ", which the camera finds first");
+}
+
+// ---- Every rule of the game's loaders, named where the file breaks it ----
+
+namespace {
+
+const char* const PROBE_MODEL = "gloamhold_data/models/probe.mdl";
+
+// The probe model with these counts, its three points (lines 8 to 10) and `rest` from line 11.
+std::string probe_model(int texcoords, int weights, int subsets, int colliders, int occluders, const std::string& rest)
+{
+    return "POINTS 3\nTRIANGLES 1\nTEXCOORDS " + std::to_string(texcoords) + "\nWEIGHTS " + std::to_string(weights) +
+           "\nSUBSETS " + std::to_string(subsets) + "\nCOLLIDERS " + std::to_string(colliders) + "\nOCCLUDERS " +
+           std::to_string(occluders) + "\n" + GOOD_MODEL_POINTS + rest;
+}
+
+} // namespace
+
+TEST_F(check_test, model_that_ends_before_a_header_is_named)
+{
+    plant("models/probe.mdl", "POINTS 3\nTRIANGLES 1\n");
+    expect_only(std::string(PROBE_MODEL) + ": the file ends before the header \"TEXCOORDS <count>\"");
+}
+
+TEST_F(check_test, negative_count_is_named_at_its_line)
+{
+    plant("models/probe.mdl", "POINTS 3\nTRIANGLES -1\n");
+    expect_only(std::string(PROBE_MODEL) + ":2: negative count -1");
+}
+
+TEST_F(check_test, triangle_line_without_three_indices_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 0, 0, "0 1\n"));
+    expect_only(std::string(PROBE_MODEL) + ":11: expected triangle 0 (three point indices), found \"0 1\"");
+}
+
+TEST_F(check_test, texture_coordinate_line_without_two_numbers_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(1, 0, 0, 0, 0, "0 1 2\n0.5\n"));
+    expect_only(std::string(PROBE_MODEL) + ":12: expected texture coordinate 0 (u v), found \"0.5\"");
+}
+
+TEST_F(check_test, triangle_naming_a_missing_texture_coordinate_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(1, 0, 0, 0, 0, "0 1 2\n0 0\n0 0 1\n"));
+    expect_only(std::string(PROBE_MODEL) +
+                ":13: triangle 0 names texture coordinate 1, but there are 1 texture coordinates");
+}
+
+TEST_F(check_test, weight_line_without_five_numbers_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 1, 0, 0, 0, "0 1 2\n0 0 0 0\n"));
+    expect_only(std::string(PROBE_MODEL) + ":12: expected weight 0 (bone x y z factor), found \"0 0 0 0\"");
+}
+
+TEST_F(check_test, weight_naming_a_negative_bone_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 1, 0, 0, 0, "0 1 2\n-1 0 0 0 1\n"));
+    expect_only(std::string(PROBE_MODEL) + ":12: weight 0 names bone -1");
+}
+
+TEST_F(check_test, point_weights_line_without_two_numbers_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 1, 0, 0, 0, "0 1 2\n0 0 0 0 1\n0\n"));
+    expect_only(std::string(PROBE_MODEL) + ":13: expected the weights of point 0 (first count), found \"0\"");
+}
+
+TEST_F(check_test, point_taking_weights_past_the_last_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 1, 0, 0, 0, "0 1 2\n0 0 0 0 1\n0 2\n"));
+    expect_only(std::string(PROBE_MODEL) + ":13: point 0 takes weights 0 to 1, but the model has 1 weights");
+}
+
+TEST_F(check_test, subset_line_without_texture_first_and_end_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 1, 0, 0, "0 1 2\nbrick.png 0\n"));
+    expect_only(std::string(PROBE_MODEL) + ":12: expected subset 0 (texture first end), found \"brick.png 0\"");
+}
+
+TEST_F(check_test, subset_covering_missing_triangles_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 1, 0, 0, "0 1 2\nbrick.png 0 2\n"));
+    expect_only(std::string(PROBE_MODEL) + ":12: subset 0 covers triangles 0 to 2, but there are 1");
+}
+
+TEST_F(check_test, collision_triangle_naming_a_missing_point_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 1, 0, "0 1 2\nCOLLISION_TRIANGLES 1\n0 1 5\n"));
+    expect_only(std::string(PROBE_MODEL) + ":13: collision triangle 0 names point 5, but the model has 3 points");
+}
+
+TEST_F(check_test, collider_line_without_material_first_and_end_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 1, 0, "0 1 2\nCOLLISION_TRIANGLES 1\n0 1 2\nstone 0\n"));
+    expect_only(std::string(PROBE_MODEL) + ":14: expected collider 0 (material first end), found \"stone 0\"");
+}
+
+TEST_F(check_test, collider_covering_missing_collision_triangles_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 1, 0, "0 1 2\nCOLLISION_TRIANGLES 1\n0 1 2\nstone 0 2\n"));
+    expect_only(std::string(PROBE_MODEL) + ":14: collider 0 covers collision triangles 0 to 2, but there are 1");
+}
+
+TEST_F(check_test, occluder_line_without_first_and_end_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 0, 1, "0 1 2\nOCCLUSION_TRIANGLES 1\n0 1 2\n0\n"));
+    expect_only(std::string(PROBE_MODEL) + ":14: expected occluder 0 (first end), found \"0\"");
+}
+
+TEST_F(check_test, occluder_covering_missing_occlusion_triangles_is_named_at_its_line)
+{
+    plant("models/probe.mdl", probe_model(0, 0, 0, 0, 1, "0 1 2\nOCCLUSION_TRIANGLES 1\n0 1 2\n0 3\n"));
+    expect_only(std::string(PROBE_MODEL) + ":14: occluder 0 covers occlusion triangles 0 to 3, but there are 1");
+}
+
+TEST_F(check_test, collision_tree_plane_line_without_four_numbers_is_named_at_its_line)
+{
+    plant("keep.bsp", "PLANES 1\nNODES 1\n1 0 0\n");
+    expect_only("gloamhold_data/keep.bsp:3: expected plane 0 (a b c d), found \"1 0 0\"");
+}
+
+TEST_F(check_test, collision_tree_node_line_without_three_indices_is_named_at_its_line)
+{
+    plant("keep.bsp", "PLANES 1\nNODES 1\n1 0 0 0\n0 0\n");
+    expect_only("gloamhold_data/keep.bsp:4: expected node 0 (plane front back), found \"0 0\"");
+}
+
+TEST_F(check_test, collision_tree_child_outside_the_tree_is_named_at_its_line)
+{
+    plant("keep.bsp", "PLANES 1\nNODES 1\n1 0 0 0\n0 0 5\n");
+    expect_only("gloamhold_data/keep.bsp:4: node 0's back child 5 is outside the tree's 1 nodes");
+}
+
+TEST_F(check_test, animation_without_a_hierarchy_line_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 1\nFRAMES 0\nHIERARCHY\n");
+    expect_only("gloamhold_data/animations/probe.anm:3: expected \"HIERARCHY\" and a parent for each bone, found "
+                "\"HIERARCHY\"");
+}
+
+TEST_F(check_test, hierarchy_with_too_few_parents_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 2\nFRAMES 0\nHIERARCHY -1\n");
+    expect_only("gloamhold_data/animations/probe.anm:3: the hierarchy gives 1 parents for 2 bones");
+}
+
+TEST_F(check_test, parent_that_is_not_an_integer_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 1\nFRAMES 0\nHIERARCHY x\n");
+    expect_only("gloamhold_data/animations/probe.anm:3: the parent of bone 0 is not an integer");
+}
+
+TEST_F(check_test, parent_that_is_not_an_earlier_bone_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 2\nFRAMES 0\nHIERARCHY -1 1\n");
+    expect_only("gloamhold_data/animations/probe.anm:3: bone 1's parent 1 must be -1 or an earlier bone");
+}
+
+TEST_F(check_test, frame_time_that_is_not_a_number_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 1\nFRAMES 1\nHIERARCHY -1\nsoon\n");
+    expect_only("gloamhold_data/animations/probe.anm:4: expected the time of frame 0, found \"soon\"");
+}
+
+TEST_F(check_test, frame_time_before_the_previous_one_is_named_at_its_line)
+{
+    plant("animations/probe.anm", "BONES 1\nFRAMES 2\nHIERARCHY -1\n1\n0 0 0 0 0 0 1\n0.5\n0 0 0 0 0 0 1\n");
+    expect_only("gloamhold_data/animations/probe.anm:6: frame 1's time 0.5 comes before the previous frame's 1");
+}
+
+TEST_F(check_test, xml_name_longer_than_62_characters_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "<pickup x=\"4.5\"", "<" + std::string(63, 'i') + " x=\"4.5\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the name \"" + std::string(62, 'i') +
+                "...\" is longer than 62 characters");
+}
+
+TEST_F(check_test, xml_value_longer_than_126_characters_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "model=\"windlass.mdl\"", "model=\"" + std::string(127, 'k') + "\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the value of model is longer than 126 characters");
+}
+
+TEST_F(check_test, xml_text_longer_than_510_characters_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "bsp_node=\"0\">", "bsp_node=\"0\">" + std::string(511, 't'));
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": the text of <scene> is longer than 510 characters");
+}
+
+TEST_F(check_test, xml_end_tag_with_no_element_open_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "<scene ", "</scene><scene ");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": an end tag with no element open");
+}
+
+TEST_F(check_test, xml_element_name_followed_by_a_stray_character_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "<scene ", "<scene! ");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": expected a blank, \"/>\" or \">\" after the name <scene>, found \"!\"");
+}
+
+TEST_F(check_test, xml_slash_not_closing_the_tag_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "model=\"windlass.mdl\"/>", "model=\"windlass.mdl\"/ >");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": expected \">\" after \"/\" in <static>, found \" \"");
+}
+
+TEST_F(check_test, xml_name_that_starts_with_a_digit_is_named_at_its_line)
+{
+    int line = replace("scene.xml", "<pickup x=\"4.5\"", "<1pickup x=\"4.5\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": expected a name (a letter, \"_\" or \":\" first), found \"1\"");
+}
+
+TEST_F(check_test, xml_file_that_ends_inside_an_element_is_named_where_it_ends)
+{
+    plant("scene.xml", "<scene bsp=\"keep.bsp\">\n  <room");
+    expect_only("gloamhold_data/scene.xml:2: the game's XML reader stops here: the file ends inside a tag, an element "
+                "or a comment");
+}
+
+TEST_F(check_test, scene_number_that_does_not_parse_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "<pickup x=\"4.5\"", "<pickup x=\"4.5m\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": x \"4.5m\" is not a number");
+}
+
+TEST_F(check_test, scene_integer_that_does_not_parse_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "model=\"door_iron.mdl\" lock=\"1\"", "model=\"door_iron.mdl\" lock=\"one\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": lock \"one\" is not an integer");
+}
+
+TEST_F(check_test, portal_without_points_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "<portal points=\"-0.7,-2.6,10 0.7,-2.6,10 0.7,0,10 -0.7,0,10\"/>", "<portal/>");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the portal has no points");
+}
+
+TEST_F(check_test, portal_whose_points_are_not_four_corners_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "-0.7,-2.6,10 0.7,-2.6,10 0.7,0,10 -0.7,0,10", "1,2,3");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": points \"1,2,3\" must be four corners of three numbers: \"x,y,z x,y,z x,y,z x,y,z\"");
+}
+
+TEST_F(check_test, room_box_that_is_not_six_numbers_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "box=\"-4.6,-4,10 4.6,0,20.4\"", "box=\"-4.6,-4,10 4.6,0\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": box \"-4.6,-4,10 4.6,0\" must be six numbers: \"x,y,z x,y,z\"");
+}
+
+TEST_F(check_test, room_naming_a_node_outside_the_tree_is_named_at_its_element)
+{
+    std::string tree = read_text(data("keep.bsp"));
+    int nodes = std::stoi(tree.substr(tree.find("NODES ") + 6));
+    int line = replace("scene.xml", "bsp_node=\"6\"", "bsp_node=\"999\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": bsp_node 999 is not a node of the collision tree, which has " + std::to_string(nodes));
+}
+
+TEST_F(check_test, model_moved_by_a_bone_its_animation_lacks_is_named_at_its_element)
+{
+    plant("animations/warden_idle.anm", "BONES 1\nFRAMES 0\nHIERARCHY -1\n");
+    int line = line_in("scene.xml", "animation=\"warden_idle.anm\"");
+    check_run result = run();
+    EXPECT_EQ(result.status, 1);
+    ASSERT_EQ(result.lines.size(), 1u);
+    std::string start = "gloamhold_data/scene.xml:" + std::to_string(line) + ": model \"warden.mdl\" is moved by bone ";
+    std::string end = ", but animation \"warden_idle.anm\" has 1 bones";
+    EXPECT_EQ(result.lines[0].compare(0, start.size(), start), 0) << result.lines[0];
+    EXPECT_GE(result.lines[0].size(), end.size());
+    EXPECT_EQ(result.lines[0].substr(result.lines[0].size() - std::min(end.size(), result.lines[0].size())), end);
+}
+
+TEST_F(check_test, scene_file_without_a_scene_element_is_named)
+{
+    replace("scene.xml", "<scene ", "<scenery ");
+    expect_only("gloamhold_data/scene.xml: there is no <scene> element");
+}
+
+TEST_F(check_test, scene_without_a_collision_tree_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "bsp=\"keep.bsp\"", "bsq=\"keep.bsp\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": the scene has no bsp attribute naming its collision tree");
+}
+
+TEST_F(check_test, missing_collision_tree_is_named_at_the_scene_element)
+{
+    int line = replace("scene.xml", "bsp=\"keep.bsp\"", "bsp=\"kep.bsp\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": collision tree \"kep.bsp\" is missing (no file gloamhold_data/kep.bsp)");
+}
+
+TEST_F(check_test, flickering_style_outside_1_to_11_is_named_at_its_element)
+{
+    int line = replace("scene.xml", "flickering=\"10\"", "flickering=\"12\"");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": flickering style 12 is not one of 1 to 11: the light keeps its brightness");
+}
+
+TEST_F(check_test, actor_without_a_dialogue_is_named_at_its_element)
+{
+    int line = replace("scene.xml", " dialogue=\"warden.dlg\"", "");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) +
+                ": the actor has no dialogue: talking to it starts the first dialogue loaded");
+}
+
+TEST_F(check_test, pickup_without_an_item_is_named_at_its_element)
+{
+    int line = replace("scene.xml", " item=\"letter\"", "");
+    expect_only("gloamhold_data/scene.xml:" + std::to_string(line) + ": the pickup names no item: it gives nothing");
+}
+
+TEST_F(check_test, item_type_other_than_key_is_named_at_its_element)
+{
+    int line = replace("items.xml", "type=\"key\" lock=\"1\"", "type=\"coin\" lock=\"1\"");
+    expect_only("gloamhold_data/items.xml:" + std::to_string(line) + ": type \"coin\": the only item type is \"key\"");
+}
+
+TEST_F(check_test, item_lock_that_is_not_an_integer_is_named_at_its_element)
+{
+    int line = replace("items.xml", "lock=\"1\"", "lock=\"first\"");
+    expect_only("gloamhold_data/items.xml:" + std::to_string(line) + ": lock \"first\" is not an integer");
+}
+
+TEST_F(check_test, missing_pickup_sound_is_named_at_the_item)
+{
+    int line = replace("items.xml", "pickup_sound=\"pickup_key.wav\"", "pickup_sound=\"pickup_kez.wav\"");
+    expect_only("gloamhold_data/items.xml:" + std::to_string(line) +
+                ": sound \"pickup_kez.wav\" is missing (no file gloamhold_data/sounds/pickup_kez.wav)");
+}
+
+TEST_F(check_test, item_key_taken_already_is_named_at_its_element)
+{
+    int line = replace("items.xml", "key=\"rusty_key\"", "key=\"iron_key\"");
+    int pickup = line_in("scene.xml", "item=\"rusty_key\"");
+    expect_exactly({"gloamhold_data/items.xml:" + std::to_string(line) +
+                        ": key \"iron_key\" is taken already by an earlier item, which pickups get",
+                    "gloamhold_data/scene.xml:" + std::to_string(pickup) +
+                        ": item \"rusty_key\" is not a key of items.xml"});
+}
+
+TEST_F(check_test, item_without_a_key_is_named_at_its_element)
+{
+    int line = replace("items.xml", "key=\"letter\" ", "");
+    int pickup = line_in("scene.xml", "item=\"letter\"");
+    expect_exactly({"gloamhold_data/items.xml:" + std::to_string(line) + ": the item has no key: no pickup can name it",
+                    "gloamhold_data/scene.xml:" + std::to_string(pickup) + ": item \"letter\" is not a key of items.xml"});
+}
+
+TEST_F(check_test, key_without_a_lock_is_named_at_its_element)
+{
+    int line = replace("items.xml", " lock=\"7\"", "");
+    expect_only("gloamhold_data/items.xml:" + std::to_string(line) +
+                ": the key has no lock number of 1 or more: it opens no door");
+}
+
+TEST_F(check_test, texture_that_is_not_an_image_is_named)
+{
+    plant("textures/crate.png", "not a picture");
+    expect_only("gloamhold_data/textures/crate.png: cannot be decoded as an image");
+}
+
+TEST_F(check_test, texture_suffix_letter_without_a_digit_is_named)
+{
+    fs::copy_file(data("textures/crate.png"), data("textures/glow@e.png"));
+    expect_only("gloamhold_data/textures/glow@e.png: the name's \"@\" suffix has \"e\" without a digit after it");
+}
+
+TEST_F(check_test, sound_that_is_not_a_sound_is_named)
+{
+    plant("sounds/pickup_coin.wav", "not a sound");
+    expect_only("gloamhold_data/sounds/pickup_coin.wav: not a sound the game can read (it takes uncompressed 8- or "
+                "16-bit PCM)");
+}
+
+TEST_F(check_test, sound_with_three_channels_is_named)
+{
+    wav_description sound;
+    sound.channels = 3;
+    sound.extensible = true;
+    sound.data = std::string(600, '\0');
+    plant("sounds/pickup_coin.wav", encode_wav(sound));
+    expect_only("gloamhold_data/sounds/pickup_coin.wav: 3 channels: sounds must be mono or stereo");
+}
+
+TEST_F(check_test, font_shorter_than_its_header_is_named)
+{
+    plant("fonts/font_system.fnt", std::string("FNT\0\x10", 5));
+    expect_only("gloamhold_data/fonts/font_system.fnt: shorter than a font header (7 bytes)");
+}
+
+TEST_F(check_test, font_whose_bitmap_data_is_cut_short_is_named)
+{
+    std::string font = read_text(data("fonts/font_system.fnt"));
+    plant("fonts/font_system.fnt", font.substr(0, font.size() - 1));
+    unsigned first = static_cast<unsigned char>(font[5]), last = static_cast<unsigned char>(font[6]);
+    size_t size_at = 7 + 9 * (last - first + 1);
+    unsigned size = static_cast<unsigned char>(font[size_at]) | static_cast<unsigned char>(font[size_at + 1]) << 8 |
+                    static_cast<unsigned char>(font[size_at + 2]) << 16;
+    expect_only("gloamhold_data/fonts/font_system.fnt: the header promises " + std::to_string(size) +
+                " bytes of bitmap data, but the file ends before them");
+}
+
+TEST_F(check_test, broken_model_line_is_named_by_the_checker_and_by_the_headless_game)
+{
+    // The third point of the well's windlass loses a number: the scene names the model, so the game
+    // cannot start.
+    std::string model = read_text(data("models/windlass.mdl"));
+    size_t points = model.find("POINTS ");
+    size_t third = model.find('\n', model.find('\n', model.find('\n', model.find("OCCLUDERS ")) + 1) + 1) + 1;
+    ASSERT_NE(points, std::string::npos);
+    std::string line_text = model.substr(third, model.find('\n', third) - third);
+    std::string cut = line_text.substr(0, line_text.rfind(' '));
+    int line = replace("models/windlass.mdl", "\n" + line_text + "\n", "\n" + cut + "\n") + 1;
+    std::string problem = "gloamhold_data/models/windlass.mdl:" + std::to_string(line) +
+                          ": expected point 2 (x y z), found \"" + cut + "\"";
+    expect_only(problem);
+
+    std::string command = "'" GLOAMHOLD_HEADLESS "' -C '" + folder + "' --ticks 1 2>&1 >/dev/null";
+    FILE* out = popen(command.c_str(), "r");
+    ASSERT_NE(out, nullptr);
+    std::string errors;
+    char buffer[4096];
+    size_t got;
+    while ((got = fread(buffer, 1, sizeof buffer, out)) > 0)
+        errors.append(buffer, got);
+    int status = pclose(out);
+    EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 3);
+    EXPECT_EQ(errors, "gloamhold-headless: the game's start-up failed: " + problem + "\n");
 }

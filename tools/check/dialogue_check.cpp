@@ -7,6 +7,7 @@
 
 #include "assets/dialogue.h"
 #include "checks.h"
+#include "core/diagnostics.h"
 #include "ui/font.h"
 
 namespace {
@@ -114,18 +115,18 @@ std::vector<std::string> placeholders_of(const std::string& shown, std::string* 
     return found;
 }
 
-void check_shown_text(const std::string& path, const dialogue* record, int32_t entry)
+void check_shown_text(const char* path, const dialogue* record, int32_t entry)
 {
     std::string shown, plain;
     if (!quoted_part(entry_text(record, entry), &shown)) {
         if (dialogue_entry_kind_of(record, entry) == DIALOGUE_ANSWER)
-            report_problem(path, entry_line(record, entry), "the answer has no text between double quotes to show");
+            report(path, entry_line(record, entry), "the answer has no text between double quotes to show");
         return;
     }
     placeholders_of(shown, &plain);
     std::string drawing = text_problem(&font_dialogue, "dialogue font", plain.c_str(), plain.size());
     if (!drawing.empty())
-        report_problem(path, entry_line(record, entry), "%s", drawing.c_str());
+        report(path, entry_line(record, entry), "%s", drawing.c_str());
 }
 
 // A statement or condition split as the game splits it: up to three tokens, blanks between the
@@ -169,24 +170,21 @@ std::vector<loaded_dialogue> every_loaded_dialogue()
     std::vector<loaded_dialogue> all;
     for (int32_t i = 0; i < asset_names.count; ++i) {
         const asset_name& entry = asset_names.entries[i];
-        if (entry.kind == ASSET_DIALOGUE && registry_in_use(&dialogues, entry.index))
-            all.push_back({asset_file(FOLDER_DIALOGUES, entry.name), registry_at<dialogue>(&dialogues, entry.index)});
+        if (entry.kind == ASSET_DIALOGUE && registry_in_use(&dialogues, entry.index))         {
+            char path[ASSET_PATH_CAPACITY];
+            asset_path(path, FOLDER_DIALOGUES, entry.name);
+            all.push_back({path, registry_at<dialogue>(&dialogues, entry.index)});
+        }
     }
     return all;
 }
 
-} // namespace
-
-bool inspect_dialogue(const std::string& path, int32_t index)
+// One dialogue's blocks, jumps and shown text.
+void check_dialogue(const char* path, const dialogue* record)
 {
-    if (index < 0) {
-        report_problem(path, 0, "cannot be read whole");
-        return false;
-    }
-    const dialogue* record = registry_at<dialogue>(&dialogues, index);
     std::vector<bool> jumped_to(static_cast<size_t>(record->entry_count), false);
     if (!block_may_offer(record, -1, &jumped_to))
-        report_problem(path, 0, "offers no answer at its top level, so it never opens");
+        report(path, 0, "offers no answer at its top level, so it never opens");
     std::set<int32_t> crowded; // the first answer past the most, once each
     for (int32_t parent = -1; parent < record->entry_count; ++parent) {
         if (parent >= 0 && !opens_a_block(dialogue_entry_kind_of(record, parent)))
@@ -196,23 +194,22 @@ bool inspect_dialogue(const std::string& path, int32_t index)
             crowded.insert(answers[DIALOGUE_MOST_ANSWERS]);
     }
     for (int32_t entry : crowded)
-        report_problem(path, entry_line(record, entry), "more than %d answers at once: the box offers at most %d",
-                       DIALOGUE_MOST_ANSWERS, DIALOGUE_MOST_ANSWERS);
+        report(path, entry_line(record, entry), "more than %d answers at once: the box offers at most %d",
+               DIALOGUE_MOST_ANSWERS, DIALOGUE_MOST_ANSWERS);
     for (int32_t i = 0; i < record->entry_count; ++i) {
         dialogue_entry_kind kind = dialogue_entry_kind_of(record, i);
         if (kind == DIALOGUE_JUMP && dialogue_jump_target(record, i) < 0)
-            report_problem(path, entry_line(record, i), "the jump finds no label \"%.*s:\", so its block ends here",
-                           static_cast<int>(record->entries[i].end - record->entries[i].start - 1),
-                           record->text + record->entries[i].start + 1);
+            report(path, entry_line(record, i), "the jump finds no label \"%.*s:\", so its block ends here",
+                   static_cast<int>(record->entries[i].end - record->entries[i].start - 1),
+                   record->text + record->entries[i].start + 1);
         if (kind == DIALOGUE_ANSWER || kind == DIALOGUE_TEXT)
             check_shown_text(path, record, i);
     }
-    return true;
 }
 
-void check_dialogue_variables()
+// State variables that are shown or tested but that no dialogue sets.
+void check_variables(const std::vector<loaded_dialogue>& all)
 {
-    std::vector<loaded_dialogue> all = every_loaded_dialogue();
     std::set<std::string> set_somewhere;
     for (const loaded_dialogue& d : all)
         for (int32_t i = 0; i < d.record->entry_count; ++i) {
@@ -234,10 +231,10 @@ void check_dialogue_variables()
                 for (const std::string& placeholder : placeholders_of(shown, &plain)) {
                     std::string name = variable_of(placeholder, false);
                     if (name.empty())
-                        report_problem(d.path, line, "placeholder {%s} is not {state.<name>}: it shows \"<?>\"",
+                        report(d.path.c_str(), line, "placeholder {%s} is not {state.<name>}: it shows \"<?>\"",
                                        placeholder.c_str());
                     else if (!set_somewhere.count(name))
-                        report_problem(d.path, line, "placeholder {%s} names a variable no dialogue sets: it shows "
+                        report(d.path.c_str(), line, "placeholder {%s} names a variable no dialogue sets: it shows "
                                        "\"<?>\"", placeholder.c_str());
                 }
                 break;
@@ -247,11 +244,21 @@ void check_dialogue_variables()
                 std::vector<std::string> tokens = statement_tokens(text.substr(3, text.size() - 4));
                 std::string name = tokens.empty() ? "" : variable_of(tokens[0], tokens.size() == 1);
                 if (!name.empty() && !set_somewhere.count(name))
-                    report_problem(d.path, line, "the condition tests state.%s, which no dialogue sets", name.c_str());
+                    report(d.path.c_str(), line, "the condition tests state.%s, which no dialogue sets", name.c_str());
                 break;
             }
             default:
                 break;
             }
         }
+}
+
+} // namespace
+
+void check_dialogues()
+{
+    std::vector<loaded_dialogue> all = every_loaded_dialogue();
+    for (const loaded_dialogue& d : all)
+        check_dialogue(d.path.c_str(), d.record);
+    check_variables(all);
 }

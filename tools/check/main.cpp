@@ -8,10 +8,12 @@
 #include <string>
 #include <system_error>
 
+#include "app/start_up.h"
+#include "assets/item.h"
 #include "assets/registry.h"
 #include "checks.h"
+#include "core/diagnostics.h"
 #include "report.h"
-#include "startup_check.h"
 
 namespace fs = std::filesystem;
 
@@ -49,6 +51,26 @@ bool work_beside(const fs::path& directory, fs::path* link_folder)
     return !error;
 }
 
+// The game's start-up, step by step with the game's own steps. The game stops at the first step
+// that fails; the checker goes on, to find every problem, and gives the step where the game would
+// stop (empty when it would start). That step always leaves a problem in the report.
+std::string run_every_start_up_step()
+{
+    std::string first_failure;
+    for (const start_up_step& step : start_up_steps) {
+        int32_t reported = diagnostics_reported;
+        bool ok = step.run() != 0;
+        if (!ok && step.what == ITEMS_FILE)
+            register_unloaded_item_keys();
+        if (ok || !first_failure.empty())
+            continue;
+        if (diagnostics_reported == reported)
+            report(step.what, 0, "the game's start-up fails here (the checker found no reason)");
+        first_failure = step.what;
+    }
+    return first_failure;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -77,15 +99,16 @@ int main(int argc, char** argv)
         fprintf(stderr, "gloamhold-check: cannot reach %s as the game's gloamhold_data\n", directory.c_str());
         return 2;
     }
-    check_startup();
+    report_to_standard_output();
+    std::string stop = run_every_start_up_step();
+    check_world(stop.empty());
     check_unnamed_files();
-    check_dialogue_variables();
+    check_dialogues();
     if (!link_folder.empty())
         fs::remove_all(link_folder, error);
 
     fflush(stdout);
     int32_t problems = problem_count();
-    std::string stop = startup_stop();
     if (problems == 0)
         fprintf(stderr, "gloamhold-check: %s: no problems\n", directory.c_str());
     else

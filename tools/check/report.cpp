@@ -1,13 +1,16 @@
 #include "report.h"
 
-#include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
 
+#include <set>
+#include <tuple>
+
 #include "assets/registry.h"
+#include "core/diagnostics.h"
 
 static std::string data_root_shown = DATA_ROOT;
-static int32_t problems;
+static std::set<std::tuple<std::string, int32_t, std::string>> printed;
 
 void report_show_data_root_as(const std::string& shown_root)
 {
@@ -22,48 +25,35 @@ std::string shown_path(const std::string& game_path)
     return game_path;
 }
 
-#if defined(__GNUC__)
-__attribute__((format(printf, 1, 0)))
-#endif
-static std::string vtext_of(const char* format, va_list arguments)
+// Messages name files too ("no file gloamhold_data/..."): shown the same way.
+static std::string shown_message(std::string message)
 {
-    char text[1024];
-    vsnprintf(text, sizeof text, format, arguments);
-    return text;
+    std::string root = std::string(DATA_ROOT) + "/";
+    for (size_t at = message.find(root); at != std::string::npos; at = message.find(root, at + 1)) {
+        message.replace(at, root.size(), data_root_shown + "/");
+        at += data_root_shown.size();
+    }
+    return message;
 }
 
-std::string text_of(const char* format, ...)
+// A file that fails to load is loaded again wherever it is named, and reports the same each time.
+static void print_problem(const char* file, int32_t line, const char* message)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    std::string text = vtext_of(format, arguments);
-    va_end(arguments);
-    return text;
-}
-
-void report_problem(const std::string& game_path, int32_t line, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    std::string message = vtext_of(format, arguments);
-    va_end(arguments);
-    std::string where = shown_path(game_path);
+    if (!printed.insert({file, line, message}).second)
+        return;
+    std::string where = shown_path(file);
     if (line > 0)
-        printf("%s:%d: %s\n", where.c_str(), static_cast<int>(line), message.c_str());
+        printf("%s:%d: %s\n", where.c_str(), static_cast<int>(line), shown_message(message).c_str());
     else
-        printf("%s: %s\n", where.c_str(), message.c_str());
-    ++problems;
+        printf("%s: %s\n", where.c_str(), shown_message(message).c_str());
 }
 
-void report_at_reference(const data_reference& from, const std::string& path, const std::string& message)
+void report_to_standard_output()
 {
-    if (from.path.empty())
-        report_problem(path, 0, "%s", message.c_str());
-    else
-        report_problem(from.path, from.line, "%s", message.c_str());
+    diagnostics = print_problem;
 }
 
 int32_t problem_count()
 {
-    return problems;
+    return static_cast<int32_t>(printed.size());
 }

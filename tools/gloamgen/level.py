@@ -5,10 +5,10 @@ facing north (+z), on the cobbled path of the yard.  Every room is described by 
 boxes that make its region), its surfaces, the openings it owns (the passage through a wall belongs
 to the room on one side; the portal lies where the passage meets the other room) and its contents.
 """
-from . import props
+from . import game_tables, props
 from .geometry import Model, planar_uv, yaw_toward, to_file, cross, sub, dot
 
-STONE, GROUND, WOOD, METAL, CARPET, CERAMIC = "stone", "ground", "wood", "metal", "carpet", "ceramic"
+STONE, GROUND, WOOD, METAL, CARPET, CERAMIC = game_tables.MATERIALS
 
 
 def split_rect(rect, holes):

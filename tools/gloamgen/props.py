@@ -3,9 +3,10 @@ fittings hung on walls) and its front toward +z.  Furniture is solid for the pla
 too small to hide anything, so only the large pieces carry occluders."""
 import math
 
+from . import game_tables
 from .geometry import Model, planar_uv
 
-STONE, GROUND, WOOD, METAL, CARPET, CERAMIC = "stone", "ground", "wood", "metal", "carpet", "ceramic"
+STONE, GROUND, WOOD, METAL, CARPET, CERAMIC = game_tables.MATERIALS
 
 
 def prism(m, centre, radius, h0, h1, sides, texture, caps=True, cap_texture=None, uv_height=1.0,

@@ -10,6 +10,7 @@ import math
 
 import numpy as np
 
+from . import game_tables
 from .texture_kit import rng
 
 N = 256
@@ -166,5 +167,5 @@ def faces():
                 if 0 <= px < N and 0 <= py < N:
                     stars[py, px] += c * w * 1.6
         world = face_directions(k) * np.array([1.0, 1.0, -1.0])
-        out.append(("sky_night%02d.png" % (k + 1), np.clip(paint(world, stars), 0, 1)))
+        out.append((game_tables.SKY_FACES[k], np.clip(paint(world, stars), 0, 1)))
     return out

@@ -6,10 +6,11 @@ import struct
 
 import numpy as np
 
+from . import game_tables
 from .texture_kit import rng
 
 RATE = 22050
-MATERIALS = ["stone", "ground", "wood", "metal", "carpet", "ceramic"]
+MATERIALS = game_tables.MATERIALS
 
 
 def t_axis(seconds):

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "app/game.h"
+#include "core/diagnostics.h"
 #include "core/frame.h"
 #include "core/settings.h"
 #include "hosts/headless/frame_png.h"
@@ -207,6 +208,17 @@ static int finish_outputs(FILE* state, FILE* audio)
     return run.output_failed ? HEADLESS_EXIT_OUTPUT_FAILED : HEADLESS_EXIT_RAN;
 }
 
+// What the start-up reported last: the step that stops it says why just before it fails.
+static char start_up_problem[2 * DIAGNOSTIC_MESSAGE_CAPACITY];
+
+static void keep_start_up_problem(const char* file, int32_t line, const char* message)
+{
+    if (line > 0)
+        snprintf(start_up_problem, sizeof start_up_problem, "%s:%d: %s", file, static_cast<int>(line), message);
+    else
+        snprintf(start_up_problem, sizeof start_up_problem, "%s: %s", file, message);
+}
+
 static int start_and_run(FILE* state, FILE* audio)
 {
     if (run.options.directory && chdir(run.options.directory) != 0) {
@@ -228,8 +240,12 @@ static int start_and_run(FILE* state, FILE* audio)
         requested_start_placement.pitch = run.options.place[4];
     }
     headless_audio_log_sounds(0);
-    if (!game_init()) {
-        fprintf(stderr, "gloamhold-headless: the game's start-up failed\n");
+    diagnostics = keep_start_up_problem;
+    int started = game_init();
+    diagnostics = nullptr; // the running game stays silent
+    if (!started) {
+        fprintf(stderr, "gloamhold-headless: the game's start-up failed%s%s\n", start_up_problem[0] ? ": " : "",
+                start_up_problem);
         return HEADLESS_EXIT_START_FAILED;
     }
     if (audio && !headless_audio_start_wav(audio))

@@ -294,3 +294,15 @@ TEST(xml_name_is, names_compare_without_regard_to_case)
     EXPECT_EQ(xml_name_is("rooms", "room"), 0);
     EXPECT_EQ(xml_name_is("roo", "room"), 0);
 }
+
+TEST(xml_load_file, every_element_keeps_the_line_of_its_start_tag)
+{
+    parsed doc("<!-- one -->\n<a>\n  <b x=\"1\"/>\n\n  <c y=\"2\">\n  </c>\n</a>\n");
+    ASSERT_EQ(doc.result, 1);
+    ASSERT_EQ(doc.document.node_count, 1);
+    const xml_node& a = doc.document.nodes[0];
+    EXPECT_EQ(a.line, 2);
+    ASSERT_EQ(a.child_count, 2);
+    EXPECT_EQ(a.children[0].line, 3);
+    EXPECT_EQ(a.children[1].line, 5);
+}

@@ -253,3 +253,20 @@ TEST(read_count_line, missing_count_is_zero)
     EXPECT_EQ(read_count_line(&file.reader, line, sizeof line, "POINTS ", &count), 1);
     EXPECT_EQ(count, 0);
 }
+
+TEST(reader_read_line, the_line_number_counts_line_feeds_and_a_cut_line_keeps_its_number)
+{
+    open_file file("one\r\ntwo that\n\nfour\n");
+    char line[8];
+    reader_read_line(&file.reader, line, sizeof line);
+    EXPECT_EQ(file.reader.line, 1);
+    reader_read_line(&file.reader, line, sizeof line); // "two tha", cut at the capacity
+    EXPECT_EQ(file.reader.line, 2);
+    reader_read_line(&file.reader, line, sizeof line); // its rest, "t"
+    EXPECT_EQ(file.reader.line, 2);
+    reader_read_line(&file.reader, line, sizeof line); // the empty line
+    EXPECT_EQ(file.reader.line, 3);
+    reader_read_line(&file.reader, line, sizeof line);
+    EXPECT_STREQ(line, "four");
+    EXPECT_EQ(file.reader.line, 4);
+}
