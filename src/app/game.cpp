@@ -8,12 +8,14 @@
 #include "assets/model.h"
 #include "assets/scene.h"
 #include "assets/sound.h"
+#include "assets/start_up.h"
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "audio/mixer.h"
 #include "core/debug_flags.h"
 #include "core/key_codes.h"
 #include "core/loop_state.h"
+#include "core/numbers.h"
 #include "core/settings.h"
 #include "game/player.h"
 #include "game/fixed_sounds.h"
@@ -55,26 +57,6 @@ static int create_game_player()
     return 1;
 }
 
-static int load_sky_textures()
-{
-    for (int32_t face = 0; face < SKY_FACES; ++face) {
-        sky_textures[face] = load_texture(sky_texture_names[face]);
-        if (sky_textures[face] < 0)
-            return 0;
-    }
-    return 1;
-}
-
-static int load_fixed_sounds()
-{
-    for (const fixed_sound& fixed : fixed_sounds) {
-        *fixed.index = load_sound(fixed.name);
-        if (*fixed.index < 0)
-            return 0;
-    }
-    return 1;
-}
-
 int game_init()
 {
     if (!audio_open(AUDIO_DEFAULT_DEVICE, GAME_AUDIO_RATE, GAME_AUDIO_CHANNELS, GAME_AUDIO_BITS,
@@ -89,14 +71,9 @@ int game_init()
     fov_current = FOV * DEGREES_TO_RADIANS;
     if (!load_game_fonts() || make_fallback_texture() < 0 || !load_sky_textures())
         return 0;
-    // Index 0 of models and animations stands for none: an empty model draws nothing.
-    if (registry_claim(&models) != 0 || registry_claim(&animations) != 0)
+    if (!reserve_empty_model_and_animation() || !load_fixed_sounds() || !reserve_empty_item())
         return 0;
-    if (!load_fixed_sounds())
-        return 0;
-    if (registry_claim(&items) != 0) // item 0 is the placeholder
-        return 0;
-    return load_items("gloamhold_data/items.xml") && load_scene("gloamhold_data/scene.xml");
+    return load_items_and_scene();
 }
 
 // ---- One update -------------------------------------------------------------------------------
@@ -265,7 +242,7 @@ static void draw_world()
     end_pass(FRAME_PASS_SKY);
     for (int32_t i = 0; i < draw_list_count; ++i) {
         const draw_record* record = &draw_list[i];
-        if (!box_occluded(record->box))
+        if (!box_occluded(&record->box))
             draw_scene_object(record->object, &record->place, record->area);
     }
     end_pass(FRAME_PASS_OPAQUE);
@@ -274,8 +251,8 @@ static void draw_world()
     end_pass(FRAME_PASS_TRANSLUCENT);
 }
 
-// A red picture (each pixel's blue moves into red, all else is dropped: a bit trick kept as it
-// is) and, one second in two, the death text in the middle.
+// A red picture (each pixel's blue moves into red, all else is dropped, by one shift of the
+// pixel) and, one second in two, the death text in the middle.
 static void draw_death_screen()
 {
     int32_t pixels = frame_width * frame_height;

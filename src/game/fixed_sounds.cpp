@@ -1,5 +1,7 @@
 #include "game/fixed_sounds.h"
 
+#include "assets/sound.h"
+
 int32_t sound_door_opening;
 int32_t sound_door_closing;
 int32_t sound_door_locked;
@@ -50,3 +52,13 @@ const fixed_sound fixed_sounds[FIXED_SOUND_COUNT] = {
     {"pl_death01.wav", &sound_death},
     {"pl_climb01.wav", &sound_climb},
 };
+
+int load_fixed_sounds()
+{
+    for (const fixed_sound& fixed : fixed_sounds) {
+        *fixed.index = load_sound(fixed.name);
+        if (*fixed.index < 0)
+            return 0;
+    }
+    return 1;
+}

@@ -11,6 +11,16 @@ int32_t sky_textures[SKY_FACES];
 const char* const sky_texture_names[SKY_FACES] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
                                                   "sky_night04.png", "sky_night05.png", "sky_night06.png"};
 
+int load_sky_textures()
+{
+    for (int32_t face = 0; face < SKY_FACES; ++face) {
+        sky_textures[face] = load_texture(sky_texture_names[face]);
+        if (sky_textures[face] < 0)
+            return 0;
+    }
+    return 1;
+}
+
 namespace {
 
 // The face a world direction meets and where: a runs down the image, b across. Ties between
