@@ -10,6 +10,7 @@
 #include "core/debug_flags.h"
 #include "core/key_codes.h"
 #include "core/loop_state.h"
+#include "core/numbers.h"
 #include "core/settings.h"
 #include "game/interaction.h"
 #include "game/light_styles.h"
@@ -224,7 +225,7 @@ static void draw_world()
     end_pass(FRAME_PASS_SKY);
     for (int32_t i = 0; i < draw_list_count; ++i) {
         const draw_record* record = &draw_list[i];
-        if (!box_occluded(record->box))
+        if (!box_occluded(&record->box))
             draw_scene_object(record->object, &record->place, record->area);
     }
     end_pass(FRAME_PASS_OPAQUE);
@@ -233,8 +234,8 @@ static void draw_world()
     end_pass(FRAME_PASS_TRANSLUCENT);
 }
 
-// A red picture (each pixel's blue moves into red, all else is dropped: a bit trick kept as it
-// is) and, one second in two, the death text in the middle.
+// A red picture (each pixel's blue moves into red, all else is dropped, by one shift of the
+// pixel) and, one second in two, the death text in the middle.
 static void draw_death_screen()
 {
     int32_t pixels = frame_width * frame_height;

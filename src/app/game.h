@@ -42,6 +42,3 @@ enum : uint32_t {
     GAME_AUDIO_BITS = 16,
     GAME_AUDIO_BLOCK_BYTES = 6000,
 };
-
-// Degrees to radians, with the game's constant.
-constexpr float DEGREES_TO_RADIANS = 0.017453292f;

@@ -1,10 +1,10 @@
 #include "app/start_up.h"
 
-#include "assets/animation.h"
 #include "assets/item.h"
 #include "assets/model.h"
 #include "assets/scene.h"
 #include "assets/sound.h"
+#include "assets/start_up.h"
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "core/diagnostics.h"
@@ -38,44 +38,6 @@ static int load_fallback_texture()
     return make_fallback_texture() >= 0;
 }
 
-static int load_sky_textures()
-{
-    for (int32_t face = 0; face < SKY_FACES; ++face) {
-        int32_t reported = diagnostics_reported;
-        sky_textures[face] = load_texture(sky_texture_names[face]);
-        if (sky_textures[face] < 0) {
-            report_unloaded(reported, "sky texture", FOLDER_TEXTURES, sky_texture_names[face], nullptr, 0);
-            return 0;
-        }
-    }
-    return 1;
-}
-
-// Index 0 of models and animations stands for none: an empty model draws nothing.
-static int claim_empty_model_and_animation()
-{
-    return registry_claim(&models) == 0 && registry_claim(&animations) == 0;
-}
-
-static int load_fixed_sounds()
-{
-    for (const fixed_sound& fixed : fixed_sounds) {
-        int32_t reported = diagnostics_reported;
-        *fixed.index = load_sound(fixed.name);
-        if (*fixed.index < 0) {
-            report_unloaded(reported, "sound", FOLDER_SOUNDS, fixed.name, nullptr, 0);
-            return 0;
-        }
-    }
-    return 1;
-}
-
-// Item 0 is the placeholder that a pickup without an item gives.
-static int claim_empty_item()
-{
-    return registry_claim(&items) == 0;
-}
-
 static int load_item_catalogue()
 {
     return load_items(ITEMS_FILE);
@@ -91,9 +53,9 @@ const start_up_step start_up_steps[START_UP_STEP_COUNT] = {
     {"the fonts", load_game_fonts},
     {"the fallback texture", load_fallback_texture},
     {"the sky textures", load_sky_textures},
-    {"the empty model and animation", claim_empty_model_and_animation},
+    {"the empty model and animation", reserve_empty_model_and_animation},
     {"the fixed sounds", load_fixed_sounds},
-    {"the empty item", claim_empty_item},
+    {"the empty item", reserve_empty_item},
     {ITEMS_FILE, load_item_catalogue},
     {SCENE_FILE, load_the_scene},
 };

@@ -15,14 +15,8 @@ static int is_line_break(char c)
 // Appends an entry, growing the list by 128 when it is full.
 static int add_entry(dialogue* record, int32_t* capacity, uint8_t indent, uint64_t start, uint64_t end)
 {
-    if (record->entry_count == *capacity) {
-        int32_t grown = *capacity + DIALOGUE_ENTRY_GROWTH;
-        void* block = heap_resize(record->entries, static_cast<size_t>(grown) * sizeof(dialogue_entry));
-        if (!block)
-            return 0;
-        record->entries = static_cast<dialogue_entry*>(block);
-        *capacity = grown;
-    }
+    if (!heap_grow(&record->entries, capacity, record->entry_count + 1, *capacity + DIALOGUE_ENTRY_GROWTH))
+        return 0;
     record->entries[record->entry_count++] = {indent, static_cast<uint32_t>(start), static_cast<uint32_t>(end)};
     return 1;
 }

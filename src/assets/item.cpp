@@ -39,15 +39,16 @@ int32_t make_inventory_model(int32_t source)
         memcpy(copy->texcoords, m->texcoords, static_cast<size_t>(m->point_count) * sizeof(model_texcoord));
     }
     vec3 diagonal = vec3_sub(m->bounds_max, m->bounds_min);
-    float length = sqrtf(vec3_dot(diagonal, diagonal));
+    float length = vec3_length(diagonal);
     float s = (1.0f / length) * (tanf(INVENTORY_FIT) * 4.0f * 0.6f);
     float cx = (m->bounds_min.x + m->bounds_max.x) * 0.5f;
     float cy = (m->bounds_min.y + m->bounds_max.y) * 0.5f;
     float cz = (m->bounds_min.z + m->bounds_max.z) * 0.5f;
     for (int32_t i = 0; i < m->point_count; ++i) {
         vec3 p = m->points[i];
-        // The middle of y is taken from the turned z and the middle of z from the turned y: this
-        // crossing is how inventory models have always been placed.
+        // The middle of y is taken from the turned z and the middle of z from the turned y, not
+        // from the turned middle: the inventory view places its models by this crossing
+        // (item_test pins it).
         copy->points[i] = {(p.x - cx) * s, (-p.z - cy) * s, (p.y - cz) * s};
     }
     model_compute_bounds(copy);

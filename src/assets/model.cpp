@@ -86,11 +86,8 @@ int model_compute_normals(model* record)
         for (int k = 0; k < 3; ++k)
             record->normals[corner[k]] = vec3_add(record->normals[corner[k]], n);
     }
-    for (int32_t i = 0; i < record->point_count; ++i) {
-        float squared = vec3_dot(record->normals[i], record->normals[i]);
-        if (squared > 0.0f)
-            record->normals[i] = vec3_scale(record->normals[i], 1.0f / sqrtf(squared));
-    }
+    for (int32_t i = 0; i < record->point_count; ++i)
+        record->normals[i] = vec3_normalise(record->normals[i]);
     return 1;
 }
 

@@ -55,7 +55,7 @@ int32_t registry_claim(registry* pool)
 int32_t registry_alloc(registry* pool)
 {
     int32_t index = registry_claim(pool);
-    return index < 0 ? 0 : index; // callers have always been handed 0 when the pool could not grow
+    return index < 0 ? 0 : index; // 0, the placeholder slot, when the pool could not grow
 }
 
 int registry_free(registry* pool, int32_t index)
@@ -90,14 +90,9 @@ int asset_name_add(uint8_t kind, const char* name, int32_t index)
 {
     if (strnlen(name, ASSET_NAME_CAPACITY) >= ASSET_NAME_CAPACITY)
         return 0;
-    if (asset_names.count == asset_names.capacity) {
-        int32_t grown = asset_names.capacity + ASSET_NAME_GROWTH;
-        void* block = heap_resize(asset_names.entries, static_cast<size_t>(grown) * sizeof(asset_name));
-        if (!block)
-            return 0;
-        asset_names.entries = static_cast<asset_name*>(block);
-        asset_names.capacity = grown;
-    }
+    if (!heap_grow(&asset_names.entries, &asset_names.capacity, asset_names.count + 1,
+                   asset_names.capacity + ASSET_NAME_GROWTH))
+        return 0;
     asset_name& entry = asset_names.entries[asset_names.count++];
     memset(&entry, 0, sizeof entry);
     entry.kind = kind;

@@ -15,7 +15,6 @@
 #include "core/placement.h"
 #include "core/text.h"
 
-static const float DEGREES_TO_RADIANS = 0.017453292f;
 static const float PORTAL_MATCH_TOLERANCE = 0.01f;
 enum { FLICKER_STYLE_LAST = 11 };
 
@@ -158,8 +157,7 @@ static int add_portal(const xml_node* node, int32_t room_index)
     vec3 sum = vec3_add(vec3_add(p->corners[0], p->corners[1]), vec3_add(p->corners[2], p->corners[3]));
     p->centre = vec3_scale(sum, 0.25f);
     vec3 n = vec3_cross(vec3_sub(p->corners[1], p->corners[0]), vec3_sub(p->corners[2], p->corners[0]));
-    float squared = vec3_dot(n, n);
-    p->normal = squared > 0.0f ? vec3_scale(n, 1.0f / sqrtf(squared)) : n;
+    p->normal = vec3_normalise(n);
     p->plane_d = -vec3_dot(p->normal, p->centre);
     registry_at<room>(&rooms, room_index)->portal_count++;
     return 1;
@@ -367,7 +365,7 @@ static int corners_match(const portal* p, const portal* q)
         int near_one = 0;
         for (const vec3& b : q->corners) {
             vec3 d = vec3_sub(a, b);
-            if (sqrtf(vec3_dot(d, d)) < PORTAL_MATCH_TOLERANCE) {
+            if (vec3_length(d) < PORTAL_MATCH_TOLERANCE) {
                 near_one = 1;
                 break;
             }
@@ -414,11 +412,6 @@ int link_portals()
     return all_linked;
 }
 
-static int inside(vec3 p, const float box[6])
-{
-    return p.x >= box[0] && p.x <= box[3] && p.y >= box[1] && p.y <= box[4] && p.z >= box[2] && p.z <= box[5];
-}
-
 void link_doors()
 {
     for (int32_t d = 0; d < doors.count; ++d) {
@@ -426,13 +419,12 @@ void link_doors()
         if (!registry_in_use(&models, leaf->model))
             continue; // no model at all, not even the placeholder: there is no box to place
         const model* m = registry_at<model>(&models, leaf->model);
-        float box[6] = {m->bounds_min.x, m->bounds_min.y, m->bounds_min.z,
-                        m->bounds_max.x, m->bounds_max.y, m->bounds_max.z};
+        aabb box = {m->bounds_min, m->bounds_max};
         placement place = placement_from_angles(leaf->position, leaf->yaw, leaf->pitch);
-        transform_box(box, &place);
+        transform_box(&box, &place);
         for (int32_t i = 0; i < portals.count; ++i) {
             portal* p = registry_at<portal>(&portals, i);
-            if (inside(p->centre, box))
+            if (aabb_holds(box, p->centre))
                 p->door = d;
         }
     }

@@ -19,28 +19,16 @@ inventory_state inventory = {{}, 0, 0.0f, 0.0f, 0, 0.0f, -1, 0.0f};
 
 int32_t light_list_alloc(light_list* list)
 {
-    if (list->count == list->capacity) {
-        int32_t grown = list->capacity + list->growth;
-        void* block = heap_resize(list->lights, static_cast<size_t>(grown) * sizeof(light));
-        if (!block)
-            return -1;
-        list->lights = static_cast<light*>(block);
-        list->capacity = grown;
-    }
+    if (!heap_grow(&list->lights, &list->capacity, list->count + 1, list->capacity + list->growth))
+        return -1;
     memset(&list->lights[list->count], 0, sizeof(light));
     return list->count++;
 }
 
 int object_list_append(object_list* list, int32_t object_index)
 {
-    if (list->count == list->capacity) {
-        int32_t grown = list->capacity + OBJECT_LIST_GROWTH;
-        void* block = heap_resize(list->indices, static_cast<size_t>(grown) * sizeof(int32_t));
-        if (!block)
-            return 0;
-        list->indices = static_cast<int32_t*>(block);
-        list->capacity = grown;
-    }
+    if (!heap_grow(&list->indices, &list->capacity, list->count + 1, list->capacity + OBJECT_LIST_GROWTH))
+        return 0;
     list->indices[list->count++] = object_index;
     return 1;
 }

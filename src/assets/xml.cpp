@@ -30,14 +30,9 @@ template <typename T> xml_array<T> xml_array_over(T** block, int32_t* count)
 // A new zeroed entry at the end, growing the block by four entries when it is full.
 template <typename T> T* xml_array_append(xml_array<T>* array)
 {
-    if (*array->count == array->capacity) {
-        int32_t grown = array->capacity == 0 ? 1 : array->capacity + XML_ARRAY_GROWTH;
-        void* block = heap_resize(*array->block, static_cast<size_t>(grown) * sizeof(T));
-        if (!block)
-            return nullptr;
-        *array->block = static_cast<T*>(block);
-        array->capacity = grown;
-    }
+    int32_t grown = array->capacity == 0 ? 1 : array->capacity + XML_ARRAY_GROWTH;
+    if (!heap_grow(array->block, &array->capacity, *array->count + 1, grown))
+        return nullptr;
     T* entry = *array->block + *array->count;
     memset(entry, 0, sizeof(T));
     *array->count += 1;

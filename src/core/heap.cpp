@@ -10,6 +10,11 @@ void* heap_resize(void* block, size_t bytes)
     return block ? platform_heap_realloc(block, bytes) : platform_heap_alloc(bytes);
 }
 
+void heap_free(void* block)
+{
+    platform_heap_free(block);
+}
+
 void* heap_alloc_zeroed(size_t bytes)
 {
     void* block = platform_heap_alloc(bytes);

@@ -1,4 +1,5 @@
-// Number parsing shared by every data format and the settings file, and the triangle wave.
+// Number parsing shared by every data format and the settings file, degrees to radians and the
+// triangle wave.
 #pragma once
 
 #include <stdint.h>
@@ -12,6 +13,9 @@ int parse_int(const char* text, int32_t limit, int32_t* out);
 // As parse_int, with digits after a "." as the fraction; a further "." is ignored ("1.5.5" is 1.55).
 // There is no exponent: "e" and "+" fail. The arithmetic is 32-bit floating point.
 int parse_float(const char* text, int32_t limit, float* out);
+
+// Degrees to radians, with the game's constant.
+constexpr float DEGREES_TO_RADIANS = 0.017453292f;
 
 // Triangle wave between a and b: rises from a to b as x goes from 0 to b - a, then falls back.
 float ping_pong(float a, float b, float x);

@@ -36,30 +36,22 @@ vec3 placement_to_world_point(const placement* place, vec3 p)
     return vec3_add(placement_to_world_vector(place, p), place->position);
 }
 
-void transform_box(float box[6], const placement* place)
+void transform_box(aabb* box, const placement* place)
 {
     const vec3& p = place->position;
     if (place->cos_yaw == 1.0f && place->sin_yaw == 0.0f && place->cos_pitch == 1.0f && place->sin_pitch == 0.0f) {
-        box[0] += p.x;
-        box[1] += p.y;
-        box[2] += p.z;
-        box[3] += p.x;
-        box[4] += p.y;
-        box[5] += p.z;
+        box->min = vec3_add(box->min, p);
+        box->max = vec3_add(box->max, p);
         return;
     }
-    vec3 centre = {(box[0] + box[3]) * 0.5f, (box[1] + box[4]) * 0.5f, (box[2] + box[5]) * 0.5f};
-    vec3 half = {(box[3] - box[0]) * 0.5f, (box[4] - box[1]) * 0.5f, (box[5] - box[2]) * 0.5f};
+    vec3 centre = vec3_scale(vec3_add(box->min, box->max), 0.5f);
+    vec3 half = vec3_scale(vec3_sub(box->max, box->min), 0.5f);
     vec3 c = placement_to_world_point(place, centre);
     float sy = fabsf(place->sin_yaw), cy = fabsf(place->cos_yaw);
     float sp = fabsf(place->sin_pitch), cp = fabsf(place->cos_pitch);
     float ex = sy * half.z + cy * half.x;
     float ey = sy * sp * half.x + cp * half.y + sp * cy * half.z;
     float ez = sy * cp * half.x + sp * half.y + cp * cy * half.z;
-    box[0] = c.x - ex;
-    box[1] = c.y - ey;
-    box[2] = c.z - ez;
-    box[3] = c.x + ex;
-    box[4] = c.y + ey;
-    box[5] = c.z + ez;
+    box->min = {c.x - ex, c.y - ey, c.z - ez};
+    box->max = {c.x + ex, c.y + ey, c.z + ez};
 }

@@ -25,6 +25,6 @@ vec3 placement_to_world_vector(const placement* place, vec3 v);
 // A point of the object's frame into the world: turned, then the position added.
 vec3 placement_to_world_point(const placement* place, vec3 p);
 
-// Replaces an axis-aligned box of the object's frame (min x, y, z, max x, y, z) by the world
-// axis-aligned box that encloses it. An unturned placement only moves the box.
-void transform_box(float box[6], const placement* place);
+// Replaces an axis-aligned box of the object's frame by the world axis-aligned box that encloses
+// it. An unturned placement only moves the box.
+void transform_box(aabb* box, const placement* place);

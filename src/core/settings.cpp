@@ -30,14 +30,8 @@ enum {
 
 static int ini_append(ini_table* table, int32_t* capacity, const ini_entry& entry)
 {
-    if (table->count == *capacity) {
-        int32_t grown = *capacity + INI_GROWTH;
-        void* block = heap_resize(table->entries, static_cast<size_t>(grown) * sizeof(ini_entry));
-        if (!block)
-            return 0;
-        table->entries = static_cast<ini_entry*>(block);
-        *capacity = grown;
-    }
+    if (!heap_grow(&table->entries, capacity, table->count + 1, *capacity + INI_GROWTH))
+        return 0;
     table->entries[table->count++] = entry;
     return 1;
 }
@@ -50,7 +44,8 @@ int ini_load(ini_table* table, const char* file_name)
     if (!reader_open_file(&reader, file_name, INI_READ_BUFFER))
         return 0;
     // The line buffer lives across lines: a line without "=" may find one that a longer earlier
-    // line left behind its NUL. That is how the file has always been read, and it stays so.
+    // line left behind its NUL, and then sets that key. Settings files are read so on purpose
+    // (settings_test pins it).
     char line[INI_LINE_CAPACITY] = {};
     int32_t capacity = 0;
     int ok = 1;

@@ -19,15 +19,6 @@ float clamp01(float x)
     return x < 0.0f ? 0.0f : (x > 1.0f ? 1.0f : x);
 }
 
-// The unit vector along v; a zero vector stays zero.
-vec3 normalised(vec3 v)
-{
-    float squared = length_squared(v);
-    if (squared > 0.0f)
-        return vec3_scale(v, 1.0f / sqrtf(squared));
-    return v;
-}
-
 // The barycentric weights (u along b - a, v along c - a) of p's projection onto the triangle's
 // plane, from the 2x2 system of dot products. Returns the system's determinant; the weights are
 // written only when it is not 0, and callers decide how small a determinant they trust.
@@ -94,7 +85,7 @@ template <typename Visit> int visit_triangles(const model* shape, const aabb* bo
 
 vec3 triangle_normal(vec3 a, vec3 b, vec3 c)
 {
-    return normalised(vec3_cross(vec3_sub(b, a), vec3_sub(c, a)));
+    return vec3_normalise(vec3_cross(vec3_sub(b, a), vec3_sub(c, a)));
 }
 
 // The nearest point of the capsule's axis to a triangle that it does not pierce: over both end
@@ -286,7 +277,7 @@ int sweep_sphere_edge(const sphere* body, vec3 direction, float max_distance, ve
         return 0;
     vec3 moved = vec3_add(centre, vec3_scale(direction, distance));
     *t = distance;
-    *normal = normalised(vec3_sub(moved, closest_point_on_segment(moved, start, end)));
+    *normal = vec3_normalise(vec3_sub(moved, closest_point_on_segment(moved, start, end)));
     return 1;
 }
 
@@ -350,7 +341,7 @@ int capsule_triangle_contact(const capsule* body, vec3 a, vec3 b, vec3 c, float*
     if (squared > body->radius * body->radius)
         return 0;
     *depth = body->radius - sqrtf(squared);
-    *normal = normalised(vec3_sub(on_axis, on_triangle));
+    *normal = vec3_normalise(vec3_sub(on_axis, on_triangle));
     *point = on_triangle;
     return 1;
 }

@@ -39,12 +39,6 @@ struct capsule {
 static_assert(sizeof(sphere) == 16, "a sphere is four packed floats");
 static_assert(sizeof(capsule) == 28, "a capsule is seven packed floats");
 
-// An axis-aligned box.
-struct aabb {
-    vec3 min;
-    vec3 max;
-};
-
 // The geometric tolerance of every query.
 constexpr float COLLISION_EPSILON = 0.0001f;
 

@@ -1,5 +1,9 @@
 #include "game/fixed_sounds.h"
 
+#include "assets/registry.h"
+#include "assets/sound.h"
+#include "core/diagnostics.h"
+
 int32_t sound_door_opening;
 int32_t sound_door_closing;
 int32_t sound_door_locked;
@@ -50,3 +54,16 @@ const fixed_sound fixed_sounds[FIXED_SOUND_COUNT] = {
     {"pl_death01.wav", &sound_death},
     {"pl_climb01.wav", &sound_climb},
 };
+
+int load_fixed_sounds()
+{
+    for (const fixed_sound& fixed : fixed_sounds) {
+        int32_t reported = diagnostics_reported;
+        *fixed.index = load_sound(fixed.name);
+        if (*fixed.index < 0) {
+            report_unloaded(reported, "sound", FOLDER_SOUNDS, fixed.name, nullptr, 0);
+            return 0;
+        }
+    }
+    return 1;
+}

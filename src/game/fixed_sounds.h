@@ -28,3 +28,5 @@ struct fixed_sound {
     int32_t* index;
 };
 extern const fixed_sound fixed_sounds[FIXED_SOUND_COUNT];
+// Loads them in that order (a start-up step); 0 at the first that cannot be loaded.
+int load_fixed_sounds();

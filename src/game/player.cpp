@@ -76,20 +76,6 @@ int key_down(uint8_t code)
     return key_state[code] != KEY_UP;
 }
 
-float length(vec3 v)
-{
-    return sqrtf(vec3_dot(v, v));
-}
-
-// Horizontal directions become unit length; a zero one stays zero.
-vec3 normalised_if_not_zero(vec3 v)
-{
-    float squared = vec3_dot(v, v);
-    if (squared > 0.0f)
-        return vec3_scale(v, 1.0f / sqrtf(squared));
-    return v;
-}
-
 float clamp(float x, float low, float high)
 {
     return x < low ? low : (x > high ? high : x);
@@ -132,7 +118,7 @@ vec3 walk_velocity(const object* player, float dt)
         wish = vec3_add(wish, {-s, 0.0f, -c});
     if (key_down(MOVE_KEY_RIGHT))
         wish = vec3_add(wish, {c, 0.0f, -s});
-    wish = normalised_if_not_zero(wish);
+    wish = vec3_normalise(wish);
 
     float max_speed = key_down(MOVE_KEY_RUN) ? SPEED_RUN : (key_down(MOVE_KEY_SLOW) ? SPEED_SLOW : SPEED_WALK);
 
@@ -171,7 +157,7 @@ void slide_move(object* player, vec3 displacement)
     player_motion_state* motion = &player_motion;
     motion->contact_count = 0;
     for (;;) {
-        float distance = length(displacement);
+        float distance = vec3_length(displacement);
         if (distance <= COLLISION_EPSILON)
             return;
         vec3 dir = vec3_scale(displacement, 1.0f / distance);
@@ -181,7 +167,7 @@ void slide_move(object* player, vec3 displacement)
             return;
         }
         player->position = vec3_add(player->position, vec3_scale(dir, fmaxf(0.0f, wall.distance - WALL_GAP)));
-        vec3 n = normalised_if_not_zero({wall.normal.x, 0.0f, wall.normal.z});
+        vec3 n = vec3_normalise({wall.normal.x, 0.0f, wall.normal.z});
         motion->contacts[motion->contact_count++] = wall;
         if (motion->contact_count == 2)
             return;
@@ -209,7 +195,7 @@ void apply_fall_damage(object* player)
 void update_head_bob(const object* player, float dt)
 {
     player_motion_state* motion = &player_motion;
-    float moved = length(vec3_sub(player->position, player->previous_position));
+    float moved = vec3_length(vec3_sub(player->position, player->previous_position));
     if (moved > dt * BOB_MIN_SPEED) {
         motion->bob_phase += moved * BOB_PHASE_PER_UNIT;
         motion->bob_offset = (cosf(motion->bob_phase) - 1.0f) * 0.5f * BOB_DEPTH;
@@ -222,7 +208,7 @@ void update_head_bob(const object* player, float dt)
 void update_footsteps(const object* player)
 {
     player_motion_state* motion = &player_motion;
-    float moved = length(vec3_sub(player->position, player->previous_position));
+    float moved = vec3_length(vec3_sub(player->position, player->previous_position));
     if (moved < STANDING_STILL) {
         motion->step_distance = STEP_DISTANCE_AT_REST;
         return;
@@ -255,7 +241,7 @@ int start_climb(object* player)
     if (edge.y > feet.y - BODY_OPEN_BELOW)
         return 0; // low enough to walk over
 
-    vec3 h = normalised_if_not_zero({edge.x - feet.x, 0.0f, edge.z - feet.z});
+    vec3 h = vec3_normalise({edge.x - feet.x, 0.0f, edge.z - feet.z});
     vec3 target = {edge.x + h.x * CLIMB_TARGET_BEYOND_EDGE, edge.y, edge.z + h.z * CLIMB_TARGET_BEYOND_EDGE};
     capsule room = {{target.x, target.y - BODY_OPEN_BELOW, target.z}, upper_centre(target), BODY_RADIUS};
     if (overlap_capsule(&room).hit)
@@ -264,7 +250,7 @@ int start_climb(object* player)
     motion->climb_target = target;
     motion->climb_start = feet;
     motion->climb_start_time = game_time;
-    motion->climb_duration = length(vec3_sub(target, feet));
+    motion->climb_duration = vec3_length(vec3_sub(target, feet));
     motion->climbing = 1;
     motion->vertical_velocity = 0.0f;
     motion->air_time = 0.0f;

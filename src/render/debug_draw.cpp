@@ -77,10 +77,9 @@ void draw_colliders(const model* m, const placement* place)
             for (int32_t k = 0; k < 3; ++k)
                 draw_world_segment(corner[k], corner[k == 2 ? 0 : k + 1], COLOUR_COLLIDER);
         }
-        float box[6] = {collider->min.x, collider->min.y, collider->min.z,
-                        collider->max.x, collider->max.y, collider->max.z};
-        transform_box(box, place);
-        draw_box_wireframe({box[0], box[1], box[2]}, {box[3], box[4], box[5]}, COLOUR_COLLIDER_BOX);
+        aabb box = {collider->min, collider->max};
+        transform_box(&box, place);
+        draw_box_wireframe(box.min, box.max, COLOUR_COLLIDER_BOX);
     }
 }
 

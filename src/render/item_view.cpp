@@ -19,14 +19,13 @@ struct screen_rect {
 screen_rect model_screen_rect(const model* m, const placement* place, float s, float scale, float x_offset,
                               float y_offset)
 {
-    float box[6] = {m->bounds_min.x, m->bounds_min.y, m->bounds_min.z,
-                    m->bounds_max.x, m->bounds_max.y, m->bounds_max.z};
-    transform_box(box, place);
-    float near_z = box[2], far_z = box[5];
-    float min_x = fminf(box[0] * s / near_z, box[0] * s / far_z);
-    float max_x = fmaxf(box[3] * s / near_z, box[3] * s / far_z);
-    float min_y = fminf(box[1] * s / near_z, box[1] * s / far_z);
-    float max_y = fmaxf(box[4] * s / near_z, box[4] * s / far_z);
+    aabb box = {m->bounds_min, m->bounds_max};
+    transform_box(&box, place);
+    float near_z = box.min.z, far_z = box.max.z;
+    float min_x = fminf(box.min.x * s / near_z, box.min.x * s / far_z);
+    float max_x = fmaxf(box.max.x * s / near_z, box.max.x * s / far_z);
+    float min_y = fminf(box.min.y * s / near_z, box.min.y * s / far_z);
+    float max_y = fmaxf(box.max.y * s / near_z, box.max.y * s / far_z);
     return {static_cast<int32_t>(floorf((min_x + 0.5f) * scale + x_offset)),
             static_cast<int32_t>(ceilf((min_y + 0.5f) * scale + y_offset)),
             static_cast<int32_t>(floorf((max_x + 0.5f) * scale + x_offset)),

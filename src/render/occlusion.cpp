@@ -199,12 +199,13 @@ void reduce_occlusion_buffer()
     memset(depth_buffer, 0, stride * static_cast<size_t>(occlusion_fine_height) * sizeof(float));
 }
 
-int box_occluded(const float box[6])
+int box_occluded(const aabb* box)
 {
     const buffer_viewport& vp = occlusion_coarse_viewport;
     float min_x = 0.0f, max_x = 0.0f, min_y = 0.0f, max_y = 0.0f, nearest = 0.0f;
     for (int32_t k = 0; k < 8; ++k) {
-        float world[3] = {box[(k & 1) ? 3 : 0], box[(k & 2) ? 4 : 1], box[(k & 4) ? 5 : 2]};
+        vec3 corner = aabb_corner(*box, k);
+        float world[3] = {corner.x, corner.y, corner.z};
         float p[3];
         camera_transform(world, p);
         if (p[2] < NEAR_Z)

@@ -44,4 +44,4 @@ void reduce_occlusion_buffer();
 
 // 1 when the world box lies wholly behind the occluders of the cells it covers on screen; never
 // for a box reaching nearer than 0.01 or behind the eye.
-int box_occluded(const float box[6]);
+int box_occluded(const aabb* box);

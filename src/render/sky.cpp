@@ -2,7 +2,9 @@
 
 #include <math.h>
 
+#include "assets/registry.h"
 #include "assets/texture.h"
+#include "core/diagnostics.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
 #include "render/pixel_pipeline.h"
@@ -10,6 +12,19 @@
 int32_t sky_textures[SKY_FACES];
 const char* const sky_texture_names[SKY_FACES] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
                                                   "sky_night04.png", "sky_night05.png", "sky_night06.png"};
+
+int load_sky_textures()
+{
+    for (int32_t face = 0; face < SKY_FACES; ++face) {
+        int32_t reported = diagnostics_reported;
+        sky_textures[face] = load_texture(sky_texture_names[face]);
+        if (sky_textures[face] < 0) {
+            report_unloaded(reported, "sky texture", FOLDER_TEXTURES, sky_texture_names[face], nullptr, 0);
+            return 0;
+        }
+    }
+    return 1;
+}
 
 namespace {
 

@@ -12,6 +12,8 @@ enum { SKY_FACES = 6 };
 extern int32_t sky_textures[SKY_FACES];
 // Their file names, "sky_night01.png" ... "sky_night06.png".
 extern const char* const sky_texture_names[SKY_FACES];
+// Loads them in that order (a start-up step); 0 at the first that cannot be loaded.
+int load_sky_textures();
 
 // Every pixel of every coarse occlusion cell that is exactly 0: the nearest texel of the face the
 // pixel's view ray meets, written unchanged (no light, tint, depth or transparency).

@@ -5,6 +5,7 @@
 #include "assets/model.h"
 #include "core/debug_flags.h"
 #include "core/heap.h"
+#include "core/numbers.h"
 #include "core/loop_state.h"
 #include "render/frame.h"
 
@@ -15,8 +16,6 @@ draw_record* draw_list;
 int32_t draw_list_count;
 
 namespace {
-
-constexpr float ONE_DEGREE = 0.017453292f;
 
 // An area waiting to be walked, with the rectangle through which it was first reached: areas
 // beyond it are seen through that rectangle even if a later portal widens the area's own.
@@ -32,14 +31,7 @@ int32_t draw_list_capacity;
 int reserve_visit_stack()
 {
     int32_t needed = rooms.count + 4;
-    if (needed <= visit_capacity)
-        return 1;
-    void* block = heap_resize(visit_stack, static_cast<size_t>(needed) * sizeof(area_visit));
-    if (!block)
-        return 0;
-    visit_stack = static_cast<area_visit*>(block);
-    visit_capacity = needed;
-    return 1;
+    return heap_grow(&visit_stack, &visit_capacity, needed, needed);
 }
 
 room* area_at(int32_t index)
@@ -62,8 +54,7 @@ screen_rect whole_screen()
 
 int box_holds(const room* area, vec3 p)
 {
-    return p.x >= area->box_min.x && p.x <= area->box_max.x && p.y >= area->box_min.y && p.y <= area->box_max.y &&
-           p.z >= area->box_min.z && p.z <= area->box_max.z;
+    return aabb_holds({area->box_min, area->box_max}, p);
 }
 
 vec3 camera_point()
@@ -95,14 +86,7 @@ int walk_portal(const portal* p, const screen_rect& through, screen_rect* out)
 
 int reserve_draw_list()
 {
-    if (objects.count <= draw_list_capacity)
-        return 1;
-    void* block = heap_resize(draw_list, static_cast<size_t>(objects.count) * sizeof(draw_record));
-    if (!block)
-        return 0;
-    draw_list = static_cast<draw_record*>(block);
-    draw_list_capacity = objects.count;
-    return 1;
+    return heap_grow(&draw_list, &draw_list_capacity, objects.count, objects.count);
 }
 
 } // namespace
@@ -139,7 +123,7 @@ int door_is_closed(const portal* p)
 {
     const door* d = registry_at<door>(&doors, p->door);
     const object* leaf = registry_at<object>(&objects, d->object);
-    return fabsf(leaf->yaw - d->closed_yaw) < ONE_DEGREE;
+    return fabsf(leaf->yaw - d->closed_yaw) < DEGREES_TO_RADIANS; // within one degree
 }
 
 int portal_faces_camera(const portal* p)
@@ -163,7 +147,8 @@ int portal_screen_rect(const portal* p, screen_rect* rect)
             const float* other = ends[1 - e];
             if (near_end[2] > 0.0f)
                 continue;
-            // Moved to where the edge meets z = 0, but projected at 0.01: kept as the game draws it.
+            // Moved to where the edge meets z = 0, but projected at depth 0.01, which throws it far
+            // off screen: the portal rectangles, and so the golden frames, depend on it.
             float t = -near_end[2] / (other[2] - near_end[2]);
             near_end[0] += (other[0] - near_end[0]) * t;
             near_end[1] += (other[1] - near_end[1]) * t;
@@ -259,13 +244,10 @@ void add_draw_object(int32_t object_index, int32_t area_index)
     record->object = object_index;
     record->place = placement_from_angles(position, yaw, pitch);
     const model* m = registry_at<model>(&models, o->model);
-    float box[6] = {m->bounds_min.x, m->bounds_min.y, m->bounds_min.z,
-                    m->bounds_max.x, m->bounds_max.y, m->bounds_max.z};
-    transform_box(box, &record->place);
-    if (box_outside_frustum(frustum_planes, box))
+    record->box = {m->bounds_min, m->bounds_max};
+    transform_box(&record->box, &record->place);
+    if (box_outside_frustum(frustum_planes, &record->box))
         return;
-    for (int32_t k = 0; k < 6; ++k)
-        record->box[k] = box[k];
     ++draw_list_count;
 }
 
@@ -285,11 +267,12 @@ void build_draw_list()
         add_draw_object(dynamic_objects.indices[i], -1);
 }
 
-int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const float box[6])
+int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const aabb* box)
 {
     float corners[8][3];
     for (int32_t k = 0; k < 8; ++k) {
-        float world[3] = {box[(k & 1) ? 3 : 0], box[(k & 2) ? 4 : 1], box[(k & 4) ? 5 : 2]};
+        vec3 corner = aabb_corner(*box, k);
+        float world[3] = {corner.x, corner.y, corner.z};
         camera_transform(world, corners[k]);
     }
     for (int32_t i = 0; i < FRUSTUM_PLANES; ++i) {
@@ -300,4 +283,11 @@ int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const float box[6
             return 1;
     }
     return 0;
+}
+
+void release_visibility_arrays()
+{
+    heap_release(&draw_list, &draw_list_capacity);
+    heap_release(&visit_stack, &visit_capacity);
+    draw_list_count = 0;
 }

@@ -26,16 +26,16 @@ struct screen_rect {
     int32_t x0, y0, x1, y1;
 };
 
-// One object the frame may draw: its area (-1 for objects outside all areas), its world box
-// (min x, y, z, max x, y, z) and its placement, both at the frame's time.
+// One object the frame may draw: its area (-1 for objects outside all areas), its world box and
+// its placement, both at the frame's time.
 struct draw_record {
     int32_t area;
     int32_t object;
-    float box[6];
+    aabb box;
     placement place;
 };
 
-extern draw_record* draw_list; // grows to the number of scene objects; never shrinks
+extern draw_record* draw_list; // grows to the number of scene objects; shrinks only when released
 extern int32_t draw_list_count;
 
 // The planes for the frame's aspect factors (kx = max(w / h, 1), ky = max(h / w, 1)) and
@@ -66,4 +66,7 @@ void build_draw_list();
 void add_draw_object(int32_t object_index, int32_t area_index);
 
 // 1 when all eight corners of the world box lie behind one of the planes.
-int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const float box[6]);
+int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const aabb* box);
+
+// Frees the draw list and the walk's stack; the next frame grows them again from nothing.
+void release_visibility_arrays();

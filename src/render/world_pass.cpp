@@ -43,33 +43,21 @@ shade_cache* shade_caches;
 int32_t shade_cache_count;
 int32_t deferred_capacity;
 
-// Grows *block to hold at least `needed` elements of T; 0 when it cannot.
+// Grows *block to hold at least `needed` elements of T, exactly; 0 when it cannot.
 template <typename T> int reserve(T** block, int32_t* capacity, int32_t needed)
 {
-    if (needed <= *capacity)
-        return 1;
-    void* grown = heap_resize(*block, static_cast<size_t>(needed) * sizeof(T));
-    if (!grown)
-        return 0;
-    *block = static_cast<T*>(grown);
-    *capacity = needed;
-    return 1;
+    return heap_grow(block, capacity, needed, needed);
 }
 
 // The object's cache record, the array grown in steps of 16 zero-filled records; null when it
 // cannot grow.
 shade_cache* shade_cache_of(int32_t object_index)
 {
-    if (object_index >= shade_cache_count) {
-        int32_t grown = (object_index / SHADE_CACHE_GROWTH + 1) * SHADE_CACHE_GROWTH;
-        void* block = heap_resize(shade_caches, static_cast<size_t>(grown) * sizeof(shade_cache));
-        if (!block)
-            return nullptr;
-        shade_caches = static_cast<shade_cache*>(block);
-        memset(shade_caches + shade_cache_count, 0,
-               static_cast<size_t>(grown - shade_cache_count) * sizeof(shade_cache));
-        shade_cache_count = grown;
-    }
+    int32_t had = shade_cache_count;
+    int32_t grown = (object_index / SHADE_CACHE_GROWTH + 1) * SHADE_CACHE_GROWTH;
+    if (!heap_grow(&shade_caches, &shade_cache_count, object_index + 1, grown))
+        return nullptr;
+    memset(shade_caches + had, 0, static_cast<size_t>(shade_cache_count - had) * sizeof(shade_cache));
     return &shade_caches[object_index];
 }
 
@@ -328,17 +316,20 @@ void environment_map_vertex(clip_vertex* vertex)
     float x = vertex->x, y = vertex->y, z = vertex->z;
     float a = z * pc - y * ps;
     vec3 view = {-(a * ys + x * yc), -(y * pc + z * ps), x * ys - a * yc};
-    float length_squared = vec3_dot(view, view);
-    if (length_squared > 0.0f)
-        view = vec3_scale(view, 1.0f / sqrtf(length_squared));
+    view = vec3_normalise(view);
     vec3 normal = {vertex->nx, vertex->ny, vertex->nz};
     float d = vec3_dot(normal, view);
     vertex->u = (2.0f * d * normal.x - view.x + 1.0f) * 0.5f;
     vertex->v = (2.0f * d * normal.y - view.y + 1.0f) * 0.5f;
 }
 
-void reset_shade_caches()
+void release_world_pass_arrays()
 {
     for (int32_t i = 0; i < shade_cache_count; ++i)
-        shade_caches[i].built = 0;
+        heap_release(&shade_caches[i].shades, &shade_caches[i].capacity);
+    heap_release(&shade_caches, &shade_cache_count);
+    heap_release(&working, &working_capacity);
+    heap_release(&poses, &pose_capacity);
+    heap_release(&deferred_triangles, &deferred_capacity);
+    deferred_count = 0;
 }

@@ -20,7 +20,7 @@ struct deferred_triangle {
 
 static_assert(sizeof(deferred_triangle) == 116, "a deferred triangle is 29 packed 32-bit words");
 
-extern deferred_triangle* deferred_triangles; // grows by 1024 records; never shrinks
+extern deferred_triangle* deferred_triangles; // grows by 1024 records; shrinks only when released
 extern int32_t deferred_count;
 
 // Draws one scene object at `place`. light_context is the room its vertices are lit from (the
@@ -40,5 +40,7 @@ void draw_deferred_triangles();
 // about its (world-space) normal.
 void environment_map_vertex(clip_vertex* vertex);
 
-// Forgets every object's cached steady light, for a world built anew.
-void reset_shade_caches();
+// Frees the arrays that drawing keeps from frame to frame (scratch vertices, poses, shade caches
+// and the deferred list), for a world built anew: the next frame grows them again from nothing
+// and builds every object's steady light again.
+void release_world_pass_arrays();

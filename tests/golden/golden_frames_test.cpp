@@ -9,15 +9,14 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/wait.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "support/headless_program.h"
 #include "support/png_image.h"
 
 namespace {
@@ -71,20 +70,6 @@ std::vector<golden_frame> read_golden_frames(const std::string& path, std::strin
     return frames;
 }
 
-std::string shell_quoted(const std::string& word)
-{
-    std::string out = "'";
-    for (char c : word)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
-std::string read_all(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 std::string hex_colour(const rgb_image& image, size_t pixel)
 {
     char text[8];
@@ -125,19 +110,15 @@ public:
         fs::remove_all(folder);
         fs::create_directories(folder);
         fs::copy_file(fs::path(GOLDEN_FOLDER) / "settings.ini", folder / "settings.ini");
-        fs::create_directory_symlink(GLOAMHOLD_SOURCE_DIR "/gloamhold_data", folder / "gloamhold_data");
+        link_shipped_data(folder.string());
         std::ofstream(folder / "script.txt") << script();
 
         std::string drawn_path = (folder / "frame.png").string();
-        std::string output_path = (folder / "output.txt").string();
-        std::string command = shell_quoted(GLOAMHOLD_HEADLESS_PROGRAM) + " -C " + shell_quoted(folder.string()) +
-                              " --place " + shell_quoted(frame_.placement) + " --script " +
-                              shell_quoted((folder / "script.txt").string()) + " --shot " +
-                              shell_quoted(std::to_string(frame_.tick) + ":" + drawn_path) + " >" + shell_quoted(output_path) +
-                              " 2>&1";
-        int status = std::system(command.c_str());
-        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
-            << "gloamhold-headless failed: " << command << "\n" << read_all(output_path);
+        headless_result run = run_headless({"-C", folder.string(), "--place", frame_.placement, "--script",
+                                            (folder / "script.txt").string(), "--shot",
+                                            std::to_string(frame_.tick) + ":" + drawn_path},
+                                           folder.string());
+        ASSERT_EQ(run.exit_code, 0) << "gloamhold-headless failed in " << folder << "\n" << run.output << run.errors;
 
         rgb_image drawn = read_png(drawn_path);
         ASSERT_FALSE(drawn.pixels.empty()) << drawn_path << " cannot be read";

@@ -52,11 +52,11 @@ bool is_white(const uint8_t* rgb)
 
 // Pixels that pass `test`, in rows y0 to y1 - 1.
 template <typename pixel_test>
-int32_t count_pixels(const rgb_frame& frame, int32_t y0, int32_t y1, pixel_test test)
+uint32_t count_pixels(const rgb_image& frame, uint32_t y0, uint32_t y1, pixel_test test)
 {
-    int32_t count = 0;
-    for (int32_t y = y0; y < y1; ++y)
-        for (int32_t x = 0; x < frame.width; ++x)
+    uint32_t count = 0;
+    for (uint32_t y = y0; y < y1; ++y)
+        for (uint32_t x = 0; x < frame.width; ++x)
             count += test(frame.pixel(x, y)) ? 1 : 0;
     return count;
 }
@@ -139,23 +139,23 @@ TEST_F(falls, after_death_the_frame_is_red_and_the_text_blinks_one_second_in_two
 
     auto red_only = [](const uint8_t* rgb) { return rgb[1] == 0 && rgb[2] == 0; };
     auto reddened = [](const uint8_t* rgb) { return rgb[0] > 0 && rgb[1] == 0 && rgb[2] == 0; };
-    int32_t red_seen = 0;
+    uint32_t red_seen = 0;
     for (const char* name : {"off.png", "off_again.png"}) {
-        rgb_frame frame = read_png_frame(file(name));
-        ASSERT_EQ(frame.width, 320) << name;
-        ASSERT_EQ(frame.height, 240) << name;
+        rgb_image frame = read_png(file(name));
+        ASSERT_EQ(frame.width, 320u) << name;
+        ASSERT_EQ(frame.height, 240u) << name;
         EXPECT_EQ(count_pixels(frame, 0, frame.height, red_only), frame.width * frame.height) << name;
         red_seen += count_pixels(frame, 0, frame.height, reddened);
     }
-    EXPECT_GT(red_seen, 0) << "the scene shows through in red";
+    EXPECT_GT(red_seen, 0u) << "the scene shows through in red";
 
-    rgb_frame shown = read_png_frame(file("on.png"));
-    ASSERT_EQ(shown.width, 320);
-    ASSERT_EQ(shown.height, 240);
-    int32_t band_top = shown.height / 2 - shown.height / 8, band_bottom = shown.height / 2 + shown.height / 8;
-    EXPECT_GT(count_pixels(shown, band_top, band_bottom, is_white), 0) << "the text across the middle";
-    EXPECT_EQ(count_pixels(shown, 0, band_top, is_white), 0);
-    EXPECT_EQ(count_pixels(shown, band_bottom, shown.height, is_white), 0);
+    rgb_image shown = read_png(file("on.png"));
+    ASSERT_EQ(shown.width, 320u);
+    ASSERT_EQ(shown.height, 240u);
+    uint32_t band_top = shown.height / 2 - shown.height / 8, band_bottom = shown.height / 2 + shown.height / 8;
+    EXPECT_GT(count_pixels(shown, band_top, band_bottom, is_white), 0u) << "the text across the middle";
+    EXPECT_EQ(count_pixels(shown, 0, band_top, is_white), 0u);
+    EXPECT_EQ(count_pixels(shown, band_bottom, shown.height, is_white), 0u);
     auto red_or_white = [](const uint8_t* rgb) { return (rgb[1] == 0 && rgb[2] == 0) || is_white(rgb); };
     EXPECT_EQ(count_pixels(shown, 0, shown.height, red_or_white), shown.width * shown.height);
 }

@@ -1,69 +1,9 @@
 #include "scenario.h"
 
-#include <png.h>
-#include <string.h>
-
 #include <filesystem>
 
 #include "support/headless_program.h"
 #include "support/temp_files.h"
-
-rgb_frame read_png_frame(const std::string& path)
-{
-    rgb_frame frame{0, 0, {}};
-    png_image image;
-    memset(&image, 0, sizeof image);
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.c_str()))
-        return frame;
-    image.format = PNG_FORMAT_RGB;
-    std::vector<uint8_t> rgb(PNG_IMAGE_SIZE(image));
-    if (!png_image_finish_read(&image, nullptr, rgb.data(), 0, nullptr)) {
-        png_image_free(&image);
-        return frame;
-    }
-    frame.width = static_cast<int32_t>(image.width);
-    frame.height = static_cast<int32_t>(image.height);
-    frame.rgb = std::move(rgb);
-    return frame;
-}
-
-static uint32_t little_endian(const std::string& bytes, size_t at, int count)
-{
-    uint32_t value = 0;
-    for (int i = count - 1; i >= 0; --i)
-        value = value << 8 | static_cast<uint8_t>(bytes[at + i]);
-    return value;
-}
-
-pcm_sound read_pcm_wav(const std::string& path)
-{
-    pcm_sound sound{0, 0, {}};
-    std::string bytes = read_all(path);
-    if (bytes.size() < 12 || bytes.compare(0, 4, "RIFF") != 0 || bytes.compare(8, 4, "WAVE") != 0)
-        return sound;
-    int32_t rate = 0, channels = 0, bits = 0;
-    for (size_t at = 12; at + 8 <= bytes.size();) {
-        std::string id = bytes.substr(at, 4);
-        size_t size = little_endian(bytes, at + 4, 4);
-        size_t body = at + 8;
-        if (body + size > bytes.size())
-            size = bytes.size() - body;
-        if (id == "fmt " && size >= 16 && little_endian(bytes, body, 2) == 1) {
-            channels = static_cast<int32_t>(little_endian(bytes, body + 2, 2));
-            rate = static_cast<int32_t>(little_endian(bytes, body + 4, 4));
-            bits = static_cast<int32_t>(little_endian(bytes, body + 14, 2));
-        } else if (id == "data" && bits == 16 && channels > 0) {
-            sound.rate = rate;
-            sound.channels = channels;
-            sound.samples.resize(size / 2);
-            memcpy(sound.samples.data(), bytes.data() + body, sound.samples.size() * 2);
-            return sound;
-        }
-        at = body + size + (size & 1);
-    }
-    return sound;
-}
 
 std::vector<sound_heard> sounds_heard(const json& state)
 {

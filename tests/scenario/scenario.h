@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "support/media_files.h" // pcm_sound, read_pcm_wav
+#include "support/png_image.h"   // rgb_image, read_png
+
 using nlohmann::json;
 
 // Mouse-look turns the view by this much a pixel at the default sensitivity of 1.
@@ -17,30 +20,6 @@ constexpr float MOUSE_RADIANS_PER_PIXEL = 0.001f;
 
 // The player's body is 0.35 wide either side of the feet: walls stop the feet that far away.
 constexpr float BODY_RADIUS = 0.35f;
-
-// A frame decoded from a PNG: 8-bit red, green and blue per pixel, rows top to bottom.
-struct rgb_frame {
-    int32_t width;
-    int32_t height;
-    std::vector<uint8_t> rgb;
-
-    const uint8_t* pixel(int32_t x, int32_t y) const { return &rgb[(static_cast<size_t>(y) * width + x) * 3]; }
-};
-
-// Width 0 when the file is not a PNG that libpng can read.
-rgb_frame read_png_frame(const std::string& path);
-
-// A 16-bit PCM WAV file: interleaved samples.
-struct pcm_sound {
-    int32_t rate;
-    int32_t channels;
-    std::vector<int16_t> samples;
-
-    size_t frames() const { return channels > 0 ? samples.size() / channels : 0; }
-};
-
-// Rate 0 when the file is not a 16-bit PCM WAV.
-pcm_sound read_pcm_wav(const std::string& path);
 
 // One entry of the state file's list of started sounds.
 struct sound_heard {

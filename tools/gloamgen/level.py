@@ -147,21 +147,13 @@ def beams(room, x_range, z_values, h, tex="wood_dark.png", along="x"):
                      size=1.0, occlude=False)
 
 
-def build():
-    """Returns (rooms in scene order, the yard first; prop models by name)."""
-    rooms = {}
-
-    def room(name, title):
-        r = Room(name, title)
-        rooms[name] = r
-        return r
-
-    # ================================================================ the yard (the scene's room)
-    yard = room("yard", "Moonlit yard")
+def yard_ground_and_curtain_walls(yard):
+    """The yard's open space, its earth and cobbled path, the curtain walls with the wall-walk,
+    its parapet and the battlements, and the crag below the walk."""
     yard.regions.append(((-10.5, -31.0, -10.5), (10.5, 20.0, 10.0)))
     path = (-1.5, 1.5, -8.0, 10.0)
-    well = (3.3, 5.7, 1.3, 3.7)
-    yard.flat(0.0, (-8.0, 8.0), (-8.0, 10.0), [path, well], "earth.png", 3.0, GROUND)
+    well_rim = (3.3, 5.7, 1.3, 3.7)
+    yard.flat(0.0, (-8.0, 8.0), (-8.0, 10.0), [path, well_rim], "earth.png", 3.0, GROUND)
     yard.flat(0.0, (-1.5, 1.5), (-8.0, 10.0), [], "cobbles.png", 2.0, STONE)
     # curtain walls, inner faces
     yard.wall("x", -8.0, 1, (-8.0, 10.0), (0.0, 6.0), [], "stone_wall.png", 3.0)
@@ -192,7 +184,11 @@ def build():
         yard.box((8.5, 6.0, z0), (9.0, 7.2, z0 + 0.85), "stone_wall.png", STONE, skip=("-h",))
     # the crag below the walk, seen over the parapet
     yard.wall("x", -10.5, -1, (-10.5, 10.0), (-40.0, 6.0), [], "rock.png", 4.0, None, cell=4.0)
-    # the keep's front: the door, the solar's window, a string course and the battlements
+
+
+def keep_front(yard):
+    """The keep's front: the door, the solar's window, arrow slits, a string course and the
+    battlements, with the portals into the hall and the solar."""
     door = (-0.7, 0.7, 0.0, 2.6)
     window = (-1.0, 1.0, 5.6, 7.6)
     slits = [(x - 0.15, x + 0.15, 5.9, 7.3) for x in (-6.5, -3.5, 3.5, 6.5)] + \
@@ -212,13 +208,19 @@ def build():
     yard.flat(9.6, (-10.5, 10.5), (9.9, 10.4), [], "stone_floor.png", 2.0, None)
     yard.portal("hall", "z", 10.0, -0.7, 0.7, 0.0, 2.6, -1)
     yard.portal("solar", "z", 10.0, -1.0, 1.0, 5.6, 7.6, -1)
-    # stone stairs up to the walk: thirty steps of 0.2
+
+
+def wall_walk_stairs(yard):
+    """Stone stairs up to the wall-walk: thirty steps of 0.2."""
     for i in range(1, 31):
         z0 = -4.3 + 0.3 * (i - 1)
         yard.box((-8.0, 0.0, z0), (-6.8, 0.2 * i, z0 + 0.3),
                  {"+h": "stone_floor.png", "-z": "stone_wall.png", "+x": "stone_wall.png",
                   "+z": "stone_wall.png"}, STONE, skip=("-h", "-x") + (() if i == 30 else ("+z",)), size=2.0)
-    # the well: a rim of 1.0 to climb, and a dry shaft of 31 metres onto stone
+
+
+def well(yard):
+    """The well: a rim of 1.0 to climb, and a dry shaft of 31 metres onto stone."""
     yard.wall("x", 3.3, -1, (1.3, 3.7), (0.0, 1.0), [], "stone_wall.png", 2.0)
     yard.wall("x", 5.7, 1, (1.3, 3.7), (0.0, 1.0), [], "stone_wall.png", 2.0)
     yard.wall("z", 1.3, -1, (3.3, 5.7), (0.0, 1.0), [], "stone_wall.png", 2.0)
@@ -229,6 +231,16 @@ def build():
     yard.wall("z", 1.7, 1, (3.7, 5.3), (-30.0, 1.0), [], "rock.png", 2.0, cell=2.0)
     yard.wall("z", 3.3, -1, (3.7, 5.3), (-30.0, 1.0), [], "rock.png", 2.0, cell=2.0)
     yard.flat(-30.0, (3.7, 5.3), (1.7, 3.3), [], "rock.png", 2.0, STONE)
+
+
+def build_yard():
+    """The scene's room: the yard inside the curtain walls, the wall-walk, the crag below it, the keep's
+    front, the stairs up to the walk and the well."""
+    yard = Room("yard", "Moonlit yard")
+    yard_ground_and_curtain_walls(yard)
+    keep_front(yard)
+    wall_walk_stairs(yard)
+    well(yard)
     yard.place("windlass.mdl", (4.5, 0.0, 2.5))
     yard.place("bones.mdl", (4.4, -30.0, 2.5), 30)
     yard.place("gate.mdl", (0.0, 0.0, -7.9))
@@ -254,9 +266,12 @@ def build():
     yard.light((4.5, -29.0, 2.5), 5.0, 0.7, style=2)                    # something glows down the well
     yard.pickups.append(("coin.mdl", (-9.3, 6.0, 8.2), 20, "silver_coin"))
     yard.pickups.append(("coin.mdl", (4.5, 1.0, 1.5), 0, "silver_coin"))
+    return yard
 
-    # ================================================================ the hall
-    hall = room("hall", "Great hall")
+
+def build_hall():
+    """The great hall behind the keep's door, from which every ground-floor room opens."""
+    hall = Room("hall", "Great hall")
     runner = (-0.7, 0.7, 10.6, 18.6)
     interior(hall, (-4.2, 0.0, 10.6), (4.2, 4.0, 20.0), "stone_wall.png", "stone_floor.png", STONE,
              "planks.png", {"-z": [(-0.7, 0.7, 0.0, 2.6)],
@@ -296,9 +311,12 @@ def build():
     hall.actors.append(("warden.mdl", (1.9, 0.0, 15.4), yaw_toward(-1.9, -4.4), "warden.dlg", "warden_idle.anm"))
     hall.doors.append(("door_oak.mdl", (-0.7, 0.0, 10.0), 0.0, 0))
     hall.doors.append(("door_side.mdl", (4.6, 0.0, 12.7), 90.0, 0))
+    return hall
 
-    # ================================================================ the kitchen
-    kitchen = room("kitchen", "Kitchen")
+
+def build_kitchen():
+    """The kitchen, west of the hall."""
+    kitchen = Room("kitchen", "Kitchen")
     interior(kitchen, (-9.4, 0.0, 10.6), (-4.6, 3.6, 17.0), "brick.png", "tiles.png", CERAMIC, "planks.png",
              {"+x": [(12.6, 14.0, 0.0, 2.6)]}, wall_size=1.5, floor_size=1.0)
     kitchen.portal("hall", "x", -4.6, 12.6, 14.0, 0.0, 2.6, -1)
@@ -315,9 +333,12 @@ def build():
     kitchen.light((-7.0, 2.8, 14.5), 7.0, 0.4)
     kitchen.actors.append(("maud.mdl", (-7.6, 0.0, 15.3), yaw_toward(3.0, -1.9), "maud.dlg", None))
     kitchen.pickups.append(("key_iron.mdl", (-6.2, 0.78, 11.9), 35, "iron_key"))
+    return kitchen
 
-    # ================================================================ the armoury
-    armoury = room("armoury", "Armoury")
+
+def build_armoury():
+    """The armoury, east of the hall."""
+    armoury = Room("armoury", "Armoury")
     interior(armoury, (4.6, 0.0, 10.6), (9.4, 3.6, 17.0), "stone_wall.png", "iron_plate.png", METAL,
              "planks.png", {"-x": [(12.7, 13.9, 0.0, 2.5)]}, floor_size=1.5)
     armoury.portal("hall", "x", 4.6, 12.7, 13.9, 0.0, 2.5, 1)
@@ -330,9 +351,12 @@ def build():
     armoury.place("chest.mdl", (7.5, 0.0, 11.0))
     armoury.light((7.0, 3.0, 13.8), 7.0, 0.85, shadow=True)
     armoury.light((5.2, 2.0, 16.2), 5.0, 0.5, style=11)
+    return armoury
 
-    # ================================================================ the storeroom
-    store = room("storeroom", "Storeroom")
+
+def build_storeroom():
+    """The storeroom, north of the hall, with a rock shelf to climb."""
+    store = Room("storeroom", "Storeroom")
     interior(store, (-4.2, 0.0, 20.4), (9.4, 3.4, 25.4), "stone_wall.png", "earth.png", GROUND, "planks.png",
              {"-z": [(-0.7, 0.7, 0.0, 2.6)]}, floor_holes=[(7.4, 9.4, 20.4, 25.4)], floor_size=3.0)
     store.portal("hall", "z", 20.4, -0.7, 0.7, 0.0, 2.6, 1)
@@ -351,9 +375,12 @@ def build():
     store.light((6.5, 2.6, 23.0), 6.5, 0.7, style=3)
     store.light((2.0, 2.5, 23.0), 8.0, 0.3)
     store.pickups.append(("key_rusty.mdl", (8.6, 1.05, 22.6), 100, "rusty_key"))
+    return store
 
-    # ================================================================ the stairwell
-    stair = room("stairwell", "Stairwell")
+
+def build_stairwell():
+    """The stairwell, north-west of the hall, up to the library."""
+    stair = Room("stairwell", "Stairwell")
     interior(stair, (-9.4, 0.0, 17.4), (-4.6, 8.4, 25.4), "stone_wall.png", "planks.png", WOOD, "planks.png",
              {"+x": [(18.2, 19.4, 0.0, 2.5), (24.3, 25.3, 4.4, 6.8)]}, floor_size=2.0)
     stair.portal("hall", "x", -4.6, 18.2, 19.4, 0.0, 2.5, -1)
@@ -376,9 +403,12 @@ def build():
     stair.light((-5.0, 2.8, 21.0), 7.0, 0.9, style=1, shadow=True)
     stair.light((-9.0, 7.0, 24.6), 6.5, 0.8, style=11)
     stair.light((-7.0, 5.0, 21.0), 9.0, 0.3)
+    return stair
 
-    # ================================================================ the library (upstairs)
-    library = room("library", "Library")
+
+def build_library():
+    """The library upstairs."""
+    library = Room("library", "Library")
     interior(library, (-4.2, 4.4, 17.4), (4.2, 8.4, 25.4), "plaster.png", "planks.png", WOOD, "planks.png",
              {"-x": [(24.3, 25.3, 4.4, 6.8)], "-z": [(-0.6, 0.6, 4.4, 6.9)]}, wall_size=2.5)
     library.regions.append(((-4.6, 4.4, 24.3), (-4.2, 6.8, 25.3)))
@@ -399,9 +429,12 @@ def build():
     library.light((-3.5, 6.5, 23.0), 6.0, 0.5, style=5)
     library.light((0.0, 7.0, 20.0), 9.0, 0.35)
     library.pickups.append(("coin.mdl", (-0.2, 5.18, 21.2), 60, "silver_coin"))
+    return library
 
-    # ================================================================ the solar (locked)
-    solar = room("solar", "Solar")
+
+def build_solar():
+    """The solar upstairs, locked, with the stained-glass window over the keep's door."""
+    solar = Room("solar", "Solar")
     interior(solar, (-4.2, 4.4, 10.6), (4.2, 8.4, 17.0), "plaster.png", "carpet.png", CARPET, "planks.png",
              {"+z": [(-0.6, 0.6, 4.4, 6.9)], "-z": [(-1.0, 1.0, 5.6, 7.6)]}, wall_size=2.5, floor_size=2.0)
     solar.regions += [((-0.6, 4.4, 17.0), (0.6, 6.9, 17.4)), ((-1.0, 5.6, 10.0), (1.0, 7.6, 10.6))]
@@ -426,10 +459,18 @@ def build():
     solar.light((0.0, 6.6, 11.2), 4.0, 0.6, style=9)
     solar.pickups.append(("letter.mdl", (2.5, 5.18, 13.5), 80, "letter"))
     solar.doors.append(("door_iron.mdl", (-0.6, 4.4, 17.4), 0.0, 1))
+    return solar
 
-    order = ["yard", "hall", "kitchen", "armoury", "storeroom", "stairwell", "library", "solar"]
-    models = prop_models()
-    return [rooms[n] for n in order], models
+
+# The rooms in scene order, the yard (the scene's own room) first.
+ROOM_BUILDERS = (build_yard, build_hall, build_kitchen, build_armoury, build_storeroom, build_stairwell,
+                 build_library, build_solar)
+
+
+def build():
+    """Returns (rooms in scene order, the yard first; prop models by name)."""
+    rooms = [build_room() for build_room in ROOM_BUILDERS]
+    return rooms, prop_models()
 
 
 def prop_models():

@@ -279,7 +279,7 @@ static int run_with_options()
     return start_and_run(state, audio);
 }
 
-// What the host itself allocated (the game's own pools live for the process, as they always do).
+// What the host itself allocated (the game's own pools live until the process ends).
 static void release_run()
 {
     if (run.paths_owned) {

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include "app/game.h"
+#include "core/numbers.h"
 #include "core/text.h"
 #include "platform/platform.h"
 

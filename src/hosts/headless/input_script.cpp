@@ -23,16 +23,6 @@ static const named_key named_keys[] = {
     {"[", KEYCODE_LEFT_BRACKET},  {"]", KEYCODE_RIGHT_BRACKET},     {"ADD", KEYCODE_ADD},
 };
 
-static int equal_ignoring_case(const char* a, const char* b)
-{
-    for (; *a && *b; ++a, ++b) {
-        char x = (*a >= 'a' && *a <= 'z') ? static_cast<char>(*a - 'a' + 'A') : *a;
-        if (x != *b)
-            return 0;
-    }
-    return *a == *b;
-}
-
 // A whole integer in [low, high]: decimal with an optional "-", or 0x and hex digits.
 static int parse_integer(const char* text, long long low, long long high, int32_t* out)
 {
@@ -68,7 +58,7 @@ int script_key_code(const char* name, uint32_t* code)
         }
     }
     for (const named_key& key : named_keys) {
-        if (equal_ignoring_case(name, key.name)) {
+        if (text_equal_ignoring_case(name, key.name)) {
             *code = key.code;
             return 1;
         }
@@ -109,14 +99,8 @@ static int split_words(const char* line, size_t length, char words[MAX_WORDS][WO
 // Keeps the list in tick order: an event goes after every event of its tick or an earlier one.
 static int insert_event(input_script* script, const script_event& event)
 {
-    if (script->count == script->capacity) {
-        int32_t grown = script->capacity + 64;
-        void* block = heap_resize(script->events, static_cast<size_t>(grown) * sizeof(script_event));
-        if (!block)
-            return 0;
-        script->events = static_cast<script_event*>(block);
-        script->capacity = grown;
-    }
+    if (!heap_grow(&script->events, &script->capacity, script->count + 1, script->capacity + 64))
+        return 0;
     int32_t at = script->count;
     while (at > 0 && script->events[at - 1].tick > event.tick) {
         script->events[at] = script->events[at - 1];
@@ -141,19 +125,19 @@ static int parse_event(char words[MAX_WORDS][WORD_CAPACITY], int count, script_e
     }
     const char* verb = words[1];
     int wanted = 0;
-    if (equal_ignoring_case(verb, "DOWN")) {
+    if (text_equal_ignoring_case(verb, "DOWN")) {
         event->kind = SCRIPT_KEY_DOWN;
         wanted = 1;
-    } else if (equal_ignoring_case(verb, "UP")) {
+    } else if (text_equal_ignoring_case(verb, "UP")) {
         event->kind = SCRIPT_KEY_UP;
         wanted = 1;
-    } else if (equal_ignoring_case(verb, "MOUSE")) {
+    } else if (text_equal_ignoring_case(verb, "MOUSE")) {
         event->kind = SCRIPT_MOUSE;
         wanted = 2;
-    } else if (equal_ignoring_case(verb, "CURSOR")) {
+    } else if (text_equal_ignoring_case(verb, "CURSOR")) {
         event->kind = SCRIPT_CURSOR;
         wanted = 2;
-    } else if (equal_ignoring_case(verb, "WHEEL")) {
+    } else if (text_equal_ignoring_case(verb, "WHEEL")) {
         event->kind = SCRIPT_WHEEL;
         wanted = 1;
     } else {

@@ -13,8 +13,10 @@
 #include "core/debug_flags.h"
 #include "core/key_codes.h"
 #include "core/loop_state.h"
+#include "core/numbers.h"
 #include "core/settings.h"
 #include "game/player.h"
+#include "support/saved_globals.h"
 #include "support/test_audio.h"
 #include "ui/debug_overlay.h"
 
@@ -29,16 +31,14 @@ const loop_hooks update_only = {game_update, no_hook, no_hook, no_hook, no_title
 // Every test leaves the switches and settings as it found them.
 class game_test : public testing::Test {
 protected:
-    int32_t* flags[11] = {&debug_info,           &debug_wireframe,          &debug_show_colliders,
-                          &debug_show_areas,     &debug_lighting,           &debug_show_occlusion,
-                          &debug_show_lookup_tables, &debug_portal_culling, &LIGHT_DITHERING,
-                          &TEXTURE_INTERPOLATION, &TEXTURE_DITHERING};
-    int32_t saved[11] = {};
+    saved_globals globals;
 
     void SetUp() override
     {
-        for (int i = 0; i < 11; ++i)
-            saved[i] = *flags[i];
+        globals.keep_all(&debug_info, &debug_wireframe, &debug_show_colliders, &debug_show_areas, &debug_lighting,
+                         &debug_show_occlusion, &debug_show_lookup_tables, &debug_portal_culling,
+                         &LIGHT_DITHERING, &TEXTURE_INTERPOLATION, &TEXTURE_DITHERING, &FOV, &tick_dt, &game_time,
+                         &mouse_captured, &key_state, &fov_current, &fov_target, &texture_reload_message);
         memset(key_state, 0, sizeof key_state);
         mouse_captured = 0;
         FOV = 90.0f;
@@ -52,12 +52,7 @@ protected:
         clear_player_motion();
         fov_current = fov_target = FOV * DEGREES_TO_RADIANS;
     }
-    void TearDown() override
-    {
-        for (int i = 0; i < 11; ++i)
-            *flags[i] = saved[i];
-        FOV = 90.0f;
-    }
+    void TearDown() override { globals.restore(); }
 
     // One update with `tick_dt` at its nominal length; returns the length the update left.
     static float update()
@@ -228,7 +223,8 @@ TEST_F(game_test, with_backspace_and_keypad_plus_held_the_game_clock_runs_at_2_5
 // schedule from game time 0, with the time keys given held throughout.
 static std::vector<float> flicker_after_each_update(int updates, bool backspace, bool keypad_plus)
 {
-    light_list saved = flickering_lights;
+    saved_globals globals;
+    globals.keep_all(&flickering_lights, &key_state, &game_time);
     light lamp = {};
     lamp.flicker_style = 9;
     flickering_lights = {&lamp, 1, 1, FLICKERING_LIGHT_GROWTH};
@@ -242,8 +238,6 @@ static std::vector<float> flicker_after_each_update(int updates, bool backspace,
         schedule_run(&schedule, schedule.next_tick_time, &update_only);
         brightness.push_back(lamp.brightness);
     }
-    flickering_lights = saved;
-    key_state[KEYCODE_BACKSPACE] = key_state[KEYCODE_ADD] = KEY_UP;
     return brightness;
 }
 

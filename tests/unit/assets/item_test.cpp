@@ -7,6 +7,7 @@
 #include "assets/item.h"
 #include "assets/model.h"
 #include "assets/sound.h"
+#include "assets/start_up.h"
 #include "support/asset_state.h"
 #include "support/media_files.h"
 
@@ -17,9 +18,9 @@ protected:
     void SetUp() override
     {
         data_folder_test::SetUp();
-        // As the game's start-up does: the empty model 0 and item 0 placeholders.
-        ASSERT_EQ(registry_claim(&models), 0);
-        ASSERT_EQ(registry_claim(&items), 0);
+        // As the game's start-up does: the empty model, animation and item placeholders in slot 0.
+        ASSERT_EQ(reserve_empty_model_and_animation(), 1);
+        ASSERT_EQ(reserve_empty_item(), 1);
         wav_description chime;
         chime.data = std::string(64, '\x10');
         write_data("sounds/chime.wav", encode_wav(chime));
@@ -30,7 +31,7 @@ protected:
     static int load(const std::string& body)
     {
         write_data("items.xml", "<items>\n" + body + "</items>\n");
-        return load_items("gloamhold_data/items.xml");
+        return load_items(ITEMS_FILE);
     }
 
     static const item* at(int32_t index) { return registry_at<item>(&items, index); }
@@ -126,7 +127,7 @@ TEST_F(item_test, unknown_attributes_and_elements_are_ignored_and_every_items_el
 {
     write_data("items.xml", "<items>\n<item key=\"a\" colour=\"red\"/>\n<note text=\"x\"/>\n</items>\n"
                             "<other>\n<item key=\"hidden\"/>\n</other>\n<ITEMS>\n<Item KEY=\"b\"/>\n</ITEMS>\n");
-    ASSERT_EQ(load_items("gloamhold_data/items.xml"), 1);
+    ASSERT_EQ(load_items(ITEMS_FILE), 1);
     EXPECT_EQ(asset_name_find(ASSET_ITEM, "a"), 1);
     EXPECT_EQ(asset_name_find(ASSET_ITEM, "b"), 2);
     EXPECT_EQ(asset_name_find(ASSET_ITEM, "hidden"), -1);
@@ -134,7 +135,7 @@ TEST_F(item_test, unknown_attributes_and_elements_are_ignored_and_every_items_el
 
 TEST_F(item_test, missing_file_fails)
 {
-    EXPECT_EQ(load_items("gloamhold_data/items.xml"), 0);
+    EXPECT_EQ(load_items(ITEMS_FILE), 0);
 }
 
 TEST_F(item_test, inventory_model_is_turned_about_x_and_scaled_to_a_unit_diagonal)
@@ -157,9 +158,7 @@ TEST_F(item_test, inventory_model_is_turned_about_x_and_scaled_to_a_unit_diagona
     EXPECT_EQ(c->triangles[0].points[2], 2);
     EXPECT_FLOAT_EQ(c->bounds_max.z, (4.0f - 2.0f) * s);
     // The normals are recomputed for the turned copy.
-    float length = sqrtf(c->normals[0].x * c->normals[0].x + c->normals[0].y * c->normals[0].y +
-                         c->normals[0].z * c->normals[0].z);
-    EXPECT_NEAR(length, 1.0f, 1e-6f);
+    EXPECT_NEAR(vec3_length(c->normals[0]), 1.0f, 1e-6f);
     EXPECT_EQ(c->weight_count, 0);
     EXPECT_EQ(c->collider_count, 0);
 }

@@ -9,6 +9,7 @@
 #include "assets/item.h"
 #include "assets/model.h"
 #include "assets/scene.h"
+#include "assets/start_up.h"
 #include "assets/world.h"
 #include "support/asset_state.h"
 
@@ -30,9 +31,8 @@ protected:
         data_folder_test::SetUp();
         // The start-up order before the scene: the player, the empty model, animation and item.
         ASSERT_EQ(create_player(), 1);
-        ASSERT_EQ(registry_claim(&models), 0);
-        ASSERT_EQ(registry_claim(&animations), 0);
-        ASSERT_EQ(registry_claim(&items), 0);
+        ASSERT_EQ(reserve_empty_model_and_animation(), 1);
+        ASSERT_EQ(reserve_empty_item(), 1);
         write_data("world.bsp", "PLANES 1\nNODES 3\n0 1 0 0\n0 0 0\n0 0 0\n0 0 0\n");
         // A door leaf 0.2 thick, 1 wide and 1 high, around its own origin.
         write_data("models/door.mdl", "POINTS 2\nTRIANGLES 0\nTEXCOORDS 0\nWEIGHTS 0\nSUBSETS 0\nCOLLIDERS 0\n"
@@ -42,7 +42,7 @@ protected:
     static int load(const std::string& rooms_inside, const std::string& scene_attributes = "bsp=\"world.bsp\"")
     {
         write_data("scene.xml", "<scene " + scene_attributes + ">\n" + rooms_inside + "</scene>\n");
-        return load_scene("gloamhold_data/scene.xml");
+        return load_scene(SCENE_FILE);
     }
 
     // The scene with one nested room joined to it by the opening at x = 0.
@@ -234,7 +234,7 @@ TEST_F(scene_test, scene_without_bsp_or_with_a_missing_tree_fails)
 TEST_F(scene_test, file_without_a_scene_element_fails)
 {
     write_data("scene.xml", "<level bsp=\"world.bsp\"/>\n");
-    EXPECT_EQ(load_scene("gloamhold_data/scene.xml"), 0);
+    EXPECT_EQ(load_scene(SCENE_FILE), 0);
     EXPECT_EQ(load_scene("gloamhold_data/missing.xml"), 0);
 }
 
@@ -379,7 +379,7 @@ TEST_F(scene_test, pickup_naming_an_unknown_item_fails)
 TEST_F(scene_test, pickup_naming_a_key_shared_by_two_items_takes_the_first)
 {
     write_data("items.xml", "<items>\n<item key=\"twin\" name=\"A\"/>\n<item key=\"twin\" name=\"B\"/>\n</items>\n");
-    ASSERT_EQ(load_items("gloamhold_data/items.xml"), 1);
+    ASSERT_EQ(load_items(ITEMS_FILE), 1);
     ASSERT_EQ(load("<pickup item=\"twin\"/>\n"), 1);
     EXPECT_STREQ(registry_at<item>(&items, object_at(1)->item)->name, "A");
 }

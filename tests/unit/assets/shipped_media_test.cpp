@@ -7,8 +7,6 @@
 #include <stdint.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -16,6 +14,8 @@
 #include "assets/texture.h"
 #include "core/settings.h"
 #include "platform/platform.h"
+#include "support/media_files.h"
+#include "support/temp_files.h"
 
 namespace {
 
@@ -46,27 +46,11 @@ std::vector<std::string> files_under(const std::string& folder, const std::vecto
     return found;
 }
 
-std::string read_bytes(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 uint32_t be32(const std::string& b, size_t at)
 {
     return static_cast<uint32_t>(static_cast<uint8_t>(b[at])) << 24 |
            static_cast<uint32_t>(static_cast<uint8_t>(b[at + 1])) << 16 |
            static_cast<uint32_t>(static_cast<uint8_t>(b[at + 2])) << 8 | static_cast<uint8_t>(b[at + 3]);
-}
-
-uint32_t le16(const std::string& b, size_t at)
-{
-    return static_cast<uint8_t>(b[at]) | static_cast<uint32_t>(static_cast<uint8_t>(b[at + 1])) << 8;
-}
-
-uint32_t le32(const std::string& b, size_t at)
-{
-    return le16(b, at) | le16(b, at + 2) << 16;
 }
 
 bool power_of_two(uint32_t n)
@@ -91,7 +75,7 @@ void check_images_under(const std::string& folder)
     int loaded = 0;
     for (const std::string& path : files) {
         SCOPED_TRACE(path);
-        std::string bytes = read_bytes(path);
+        std::string bytes = read_all(path);
         bool has_header = bytes.size() >= 24 && bytes.compare(12, 4, "IHDR") == 0;
         uint32_t width = has_header ? be32(bytes, 16) : 0, height = has_header ? be32(bytes, 20) : 0;
         for (int dither = 0; dither < 2; ++dither) {
@@ -115,39 +99,6 @@ void check_images_under(const std::string& folder)
     EXPECT_GT(loaded, 0);
 }
 
-struct wav_facts {
-    bool is_wav = false;
-    bool pcm = false;
-    uint32_t channels = 0, rate = 0, bits = 0;
-    uint64_t data_bytes = 0;
-};
-
-// What a WAV file's own chunks say.
-wav_facts read_wav_facts(const std::string& b)
-{
-    wav_facts facts;
-    if (b.size() < 12 || b.compare(0, 4, "RIFF") != 0 || b.compare(8, 4, "WAVE") != 0)
-        return facts;
-    facts.is_wav = true;
-    for (size_t at = 12; at + 8 <= b.size();) {
-        std::string id = b.substr(at, 4);
-        uint64_t size = le32(b, at + 4);
-        size_t body = at + 8;
-        if (id == "fmt " && body + 16 <= b.size()) {
-            uint32_t tag = le16(b, body);
-            facts.channels = le16(b, body + 2);
-            facts.rate = le32(b, body + 4);
-            facts.bits = le16(b, body + 14);
-            facts.pcm = tag == 1 || (tag == 0xFFFE && body + 26 <= b.size() && le16(b, body + 24) == 1);
-        } else if (id == "data") {
-            uint64_t available = b.size() - body;
-            facts.data_bytes = size < available ? size : available;
-        }
-        at = body + static_cast<size_t>(size) + (size & 1);
-    }
-    return facts;
-}
-
 void check_sounds_under(const std::string& folder)
 {
     std::vector<std::string> files =
@@ -157,7 +108,7 @@ void check_sounds_under(const std::string& folder)
     int loaded = 0;
     for (const std::string& path : files) {
         SCOPED_TRACE(path);
-        wav_facts facts = read_wav_facts(read_bytes(path));
+        wav_facts facts = read_wav_facts(read_all(path));
         sound s = {};
         int ok = sound_load_file(&s, path.c_str());
         if (ok) {

@@ -6,6 +6,13 @@
 
 namespace {
 
+void expect_equal(vec3 a, vec3 b)
+{
+    EXPECT_EQ(a.x, b.x);
+    EXPECT_EQ(a.y, b.y);
+    EXPECT_EQ(a.z, b.z);
+}
+
 void expect_near(vec3 a, vec3 b)
 {
     EXPECT_NEAR(a.x, b.x, 1e-5f);
@@ -18,43 +25,35 @@ void expect_near(vec3 a, vec3 b)
 TEST(placement, unturned_box_is_only_moved)
 {
     placement place = placement_from_angles({1.0f, 2.0f, 3.0f}, 0.0f, 0.0f);
-    float box[6] = {-1.0f, -2.0f, -3.0f, 1.0f, 2.0f, 3.0f};
-    transform_box(box, &place);
-    float expected[6] = {0.0f, 0.0f, 0.0f, 2.0f, 4.0f, 6.0f};
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(box[i], expected[i]) << i;
+    aabb box = {{-1.0f, -2.0f, -3.0f}, {1.0f, 2.0f, 3.0f}};
+    transform_box(&box, &place);
+    expect_equal(box.min, {0.0f, 0.0f, 0.0f});
+    expect_equal(box.max, {2.0f, 4.0f, 6.0f});
 }
 
 TEST(placement, quarter_turn_of_yaw_swaps_the_x_and_z_extents)
 {
     placement place = placement_from_angles({10.0f, 0.0f, 0.0f}, 1.5707964f, 0.0f);
-    float box[6] = {-1.0f, -2.0f, -3.0f, 1.0f, 2.0f, 3.0f};
-    transform_box(box, &place);
-    EXPECT_NEAR(box[0], 7.0f, 1e-5f);
-    EXPECT_NEAR(box[3], 13.0f, 1e-5f);
-    EXPECT_NEAR(box[1], -2.0f, 1e-5f);
-    EXPECT_NEAR(box[4], 2.0f, 1e-5f);
-    EXPECT_NEAR(box[2], -1.0f, 1e-5f);
-    EXPECT_NEAR(box[5], 1.0f, 1e-5f);
+    aabb box = {{-1.0f, -2.0f, -3.0f}, {1.0f, 2.0f, 3.0f}};
+    transform_box(&box, &place);
+    expect_near(box.min, {7.0f, -2.0f, -1.0f});
+    expect_near(box.max, {13.0f, 2.0f, 1.0f});
 }
 
 TEST(placement, turned_box_encloses_every_turned_corner)
 {
     placement place = placement_from_angles({0.5f, -1.0f, 2.0f}, 0.7f, -0.4f);
-    float local[6] = {-1.0f, -0.5f, -2.0f, 3.0f, 1.5f, 0.25f};
-    float box[6];
-    for (int i = 0; i < 6; ++i)
-        box[i] = local[i];
-    transform_box(box, &place);
+    const aabb local = {{-1.0f, -0.5f, -2.0f}, {3.0f, 1.5f, 0.25f}};
+    aabb box = local;
+    transform_box(&box, &place);
     for (int corner = 0; corner < 8; ++corner) {
-        vec3 p = {local[(corner & 1) ? 3 : 0], local[(corner & 2) ? 4 : 1], local[(corner & 4) ? 5 : 2]};
-        vec3 w = placement_to_world_point(&place, p);
-        EXPECT_GE(w.x, box[0] - 1e-5f);
-        EXPECT_LE(w.x, box[3] + 1e-5f);
-        EXPECT_GE(w.y, box[1] - 1e-5f);
-        EXPECT_LE(w.y, box[4] + 1e-5f);
-        EXPECT_GE(w.z, box[2] - 1e-5f);
-        EXPECT_LE(w.z, box[5] + 1e-5f);
+        vec3 w = placement_to_world_point(&place, aabb_corner(local, corner));
+        EXPECT_GE(w.x, box.min.x - 1e-5f);
+        EXPECT_LE(w.x, box.max.x + 1e-5f);
+        EXPECT_GE(w.y, box.min.y - 1e-5f);
+        EXPECT_LE(w.y, box.max.y + 1e-5f);
+        EXPECT_GE(w.z, box.min.z - 1e-5f);
+        EXPECT_LE(w.z, box.max.z + 1e-5f);
     }
 }
 

@@ -18,11 +18,6 @@ void expect_vec3_near(vec3 actual, vec3 expected, float tolerance = 1e-5f)
     EXPECT_NEAR(actual.z, expected.z, tolerance);
 }
 
-vec3 unit(vec3 v)
-{
-    return vec3_scale(v, 1.0f / sqrtf(vec3_dot(v, v)));
-}
-
 // A 2 x 2 floor at y = 0 around the origin, facing up (toward -y).
 collision_mesh floor_mesh(int32_t material = MATERIAL_STONE)
 {
@@ -247,7 +242,7 @@ TEST_F(collision_world_test, ray_keeps_the_first_of_equally_near_hits_in_triangl
     place_object(register_collision_model(both_ways), {0, 0, 0});
     collision_hit hit = cast_ray({0.5f, -1, -0.5f}, {0, 1, 0}, 10);
     ASSERT_EQ(hit.hit, 1);
-    vec3 first_normal = unit(vec3_cross(vec3_sub({1, 0, 1}, {-1, 0, -1}), vec3_sub({1, 0, -1}, {-1, 0, -1})));
+    vec3 first_normal = vec3_normalise(vec3_cross(vec3_sub({1, 0, 1}, {-1, 0, -1}), vec3_sub({1, 0, -1}, {-1, 0, -1})));
     expect_vec3_near(hit.normal, first_normal);
 }
 
@@ -343,7 +338,7 @@ TEST(collision_primitives, sweep_sphere_edge_falls_back_to_the_sphere_at_the_end
     ASSERT_EQ(sweep_sphere_edge(&ball, {1, 0, 0}, 5, {0, 0, 0}, {1, 0, 0}, &t, &normal), 1);
     float expected = 2.0f - sqrtf(0.25f - 0.01f);
     EXPECT_NEAR(t, expected, 1e-5f);
-    expect_vec3_near(normal, unit({-2 + expected, -0.1f, 0}));
+    expect_vec3_near(normal, vec3_normalise({-2 + expected, -0.1f, 0}));
 }
 
 TEST(collision_primitives, sweep_sphere_edge_picks_the_end_sphere_by_where_the_ray_starts)
@@ -353,9 +348,9 @@ TEST(collision_primitives, sweep_sphere_edge_picks_the_end_sphere_by_where_the_r
     float t;
     vec3 normal;
     sphere before_start = {{-0.1f, 0, -3}, 0.3f};
-    EXPECT_EQ(sweep_sphere_edge(&before_start, unit({1.3f, 0, 3}), 10, {0, 0, 0}, {1, 0, 0}, &t, &normal), 0);
+    EXPECT_EQ(sweep_sphere_edge(&before_start, vec3_normalise({1.3f, 0, 3}), 10, {0, 0, 0}, {1, 0, 0}, &t, &normal), 0);
     sphere past_start = {{0.1f, 0, -3}, 0.3f};
-    EXPECT_EQ(sweep_sphere_edge(&past_start, unit({1.1f, 0, 3}), 10, {0, 0, 0}, {1, 0, 0}, &t, &normal), 1);
+    EXPECT_EQ(sweep_sphere_edge(&past_start, vec3_normalise({1.1f, 0, 3}), 10, {0, 0, 0}, {1, 0, 0}, &t, &normal), 1);
 }
 
 TEST(collision_primitives, sweep_sphere_edge_outside_zero_to_the_maximum_is_no_hit)

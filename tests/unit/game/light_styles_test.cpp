@@ -5,6 +5,7 @@
 #include "assets/world.h"
 #include "core/loop_state.h"
 #include "game/light_styles.h"
+#include "support/saved_globals.h"
 
 TEST(light_style_value, style_9_is_dark_for_0_8_seconds_then_lit_for_0_8_seconds)
 {
@@ -35,6 +36,8 @@ TEST(light_style_value, letters_a_m_z)
 
 TEST(light_style_value, without_smoothing_letters_jump)
 {
+    saved_globals globals;
+    globals.keep(&light_style_smoothing);
     light_style_smoothing = 0;
     EXPECT_EQ(light_style_value("az", 0.05f), 0.0f);
     EXPECT_FLOAT_EQ(light_style_value("az", 0.15f), 25.0f / 26.0f);
@@ -52,7 +55,8 @@ TEST(light_style_pattern, only_styles_1_to_11_exist)
 
 TEST(update_light_styles, keeps_the_previous_state_then_applies_the_style)
 {
-    light_list saved = flickering_lights;
+    saved_globals globals;
+    globals.keep_all(&flickering_lights, &game_time);
     light lights[3] = {};
     lights[0].flicker_style = 9;
     lights[0].brightness = 0.5f;
@@ -70,6 +74,4 @@ TEST(update_light_styles, keeps_the_previous_state_then_applies_the_style)
     EXPECT_EQ(lights[1].brightness, 0.7f);
     EXPECT_EQ(lights[1].previous_brightness, 0.7f);
     EXPECT_EQ(lights[2].brightness, 0.3f);
-    flickering_lights = saved;
-    game_time = 0.0f;
 }

@@ -539,7 +539,7 @@ TEST_F(player_test, head_bob_follows_the_distance_walked_at_walking_speed)
         float phase = motion().bob_phase;
         tick();
         vec3 moved = vec3_sub(player()->position, player()->previous_position);
-        float d = sqrtf(vec3_dot(moved, moved));
+        float d = vec3_length(moved);
         ASSERT_GT(d, DT * 3.9999f);
         EXPECT_FLOAT_EQ(motion().bob_phase, phase + d * 3.0f);
         EXPECT_FLOAT_EQ(motion().bob_offset, (cosf(motion().bob_phase) - 1.0f) * 0.5f * 0.05f);
@@ -596,7 +596,7 @@ TEST_F(climb_test, rising_with_space_held_at_a_ledge_starts_a_climb)
     EXPECT_NEAR(motion().climb_target.y, -1.2f, 1e-5f);
     EXPECT_NEAR(motion().climb_target.z, 0.5f + 0.175f, 1e-5f);
     vec3 way = vec3_sub(motion().climb_target, motion().climb_start);
-    EXPECT_FLOAT_EQ(motion().climb_duration, sqrtf(vec3_dot(way, way)));
+    EXPECT_FLOAT_EQ(motion().climb_duration, vec3_length(way));
     EXPECT_EQ(motion().vertical_velocity, 0.0f);
     EXPECT_EQ(motion().air_time, 0.0f);
 }

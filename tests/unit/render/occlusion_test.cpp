@@ -146,34 +146,34 @@ TEST_F(occlusion_buffer, a_coarse_cell_with_any_pixel_free_of_occluders_never_hi
     reduce_occlusion_buffer();
     EXPECT_EQ(coarse(3, 3), 0.0f);
     // A box far behind, seen only in cell (3, 3), and one seen only in cell (5, 5).
-    const float in_open_cell[6] = {-1.0f, -1.0f, 10, -0.2f, -0.2f, 11};
-    const float in_covered_cell[6] = {1.5f, 1.5f, 10, 2.2f, 2.2f, 11};
-    EXPECT_EQ(box_occluded(in_open_cell), 0);
-    EXPECT_EQ(box_occluded(in_covered_cell), 1);
+    const aabb in_open_cell = {{-1.0f, -1.0f, 10}, {-0.2f, -0.2f, 11}};
+    const aabb in_covered_cell = {{1.5f, 1.5f, 10}, {2.2f, 2.2f, 11}};
+    EXPECT_EQ(box_occluded(&in_open_cell), 0);
+    EXPECT_EQ(box_occluded(&in_covered_cell), 1);
 }
 
 TEST_F(occlusion_buffer, a_box_nearer_than_the_occluders_is_not_hidden_and_one_beyond_is)
 {
     fill_fine(0.1f); // a wall at depth 10 over the whole view
     reduce_occlusion_buffer();
-    const float in_front[6] = {-1, -1, 2, 1, 1, 3};
-    const float behind_the_wall[6] = {-1, -1, 20, 1, 1, 21};
-    EXPECT_EQ(box_occluded(in_front), 0);
-    EXPECT_EQ(box_occluded(behind_the_wall), 1);
+    const aabb in_front = {{-1, -1, 2}, {1, 1, 3}};
+    const aabb behind_the_wall = {{-1, -1, 20}, {1, 1, 21}};
+    EXPECT_EQ(box_occluded(&in_front), 0);
+    EXPECT_EQ(box_occluded(&behind_the_wall), 1);
 }
 
 TEST_F(occlusion_buffer, a_box_reaching_behind_the_camera_is_never_hidden)
 {
     fill_fine(1000.0f);
     reduce_occlusion_buffer();
-    const float reaching_behind[6] = {-1, -1, -1, 1, 1, 5};
-    const float just_short_of_the_near_plane[6] = {-1, -1, 0.009f, 1, 1, 5};
-    EXPECT_EQ(box_occluded(reaching_behind), 0);
-    EXPECT_EQ(box_occluded(just_short_of_the_near_plane), 0);
+    const aabb reaching_behind = {{-1, -1, -1}, {1, 1, 5}};
+    const aabb just_short_of_the_near_plane = {{-1, -1, 0.009f}, {1, 1, 5}};
+    EXPECT_EQ(box_occluded(&reaching_behind), 0);
+    EXPECT_EQ(box_occluded(&just_short_of_the_near_plane), 0);
 }
 
 TEST_F(occlusion_buffer, a_box_wholly_above_the_frame_covers_no_row_and_counts_as_hidden)
 {
-    const float above[6] = {-1, -30, 4, 1, -20, 5};
-    EXPECT_EQ(box_occluded(above), 1);
+    const aabb above = {{-1, -30, 4}, {1, -20, 5}};
+    EXPECT_EQ(box_occluded(&above), 1);
 }

@@ -311,13 +311,13 @@ TEST_F(portal_rooms, a_listed_box_is_the_model_box_turned_and_moved_by_the_place
     add_object(-1, wide, {0, 0, 6}, 1.5707964f);
     build_draw_list();
     ASSERT_EQ(draw_list_count, 1);
-    const float* box = draw_list[0].box;
-    EXPECT_NEAR(box[0], 0.0f, 1e-5f);
-    EXPECT_NEAR(box[3], 0.0f, 1e-5f);
-    EXPECT_NEAR(box[2], 4.0f, 1e-5f);
-    EXPECT_NEAR(box[5], 8.0f, 1e-5f);
-    EXPECT_FLOAT_EQ(box[1], -0.5f);
-    EXPECT_FLOAT_EQ(box[4], 0.5f);
+    const aabb& box = draw_list[0].box;
+    EXPECT_NEAR(box.min.x, 0.0f, 1e-5f);
+    EXPECT_NEAR(box.max.x, 0.0f, 1e-5f);
+    EXPECT_NEAR(box.min.z, 4.0f, 1e-5f);
+    EXPECT_NEAR(box.max.z, 8.0f, 1e-5f);
+    EXPECT_FLOAT_EQ(box.min.y, -0.5f);
+    EXPECT_FLOAT_EQ(box.max.y, 0.5f);
 }
 
 TEST_F(portal_rooms, objects_outside_the_frustum_are_not_listed)
@@ -346,12 +346,12 @@ TEST_F(portal_rooms, a_draw_list_that_cannot_grow_lists_nothing_that_frame)
 
 TEST_F(portal_rooms, a_box_is_outside_the_frustum_only_when_wholly_behind_one_plane)
 {
-    const float ahead[6] = {-1, -1, 2, 1, 1, 3};
-    const float behind[6] = {-1, -1, -3, 1, 1, -2};
-    const float left[6] = {-20, -1, 2, -10, 1, 3};
-    const float straddling[6] = {-1, -1, -3, 1, 1, 3};
-    EXPECT_EQ(box_outside_frustum(frustum_planes, ahead), 0);
-    EXPECT_EQ(box_outside_frustum(frustum_planes, behind), 1);
-    EXPECT_EQ(box_outside_frustum(frustum_planes, left), 1);
-    EXPECT_EQ(box_outside_frustum(frustum_planes, straddling), 0);
+    const aabb ahead = {{-1, -1, 2}, {1, 1, 3}};
+    const aabb behind = {{-1, -1, -3}, {1, 1, -2}};
+    const aabb left = {{-20, -1, 2}, {-10, 1, 3}};
+    const aabb straddling = {{-1, -1, -3}, {1, 1, 3}};
+    EXPECT_EQ(box_outside_frustum(frustum_planes, &ahead), 0);
+    EXPECT_EQ(box_outside_frustum(frustum_planes, &behind), 1);
+    EXPECT_EQ(box_outside_frustum(frustum_planes, &left), 1);
+    EXPECT_EQ(box_outside_frustum(frustum_planes, &straddling), 0);
 }

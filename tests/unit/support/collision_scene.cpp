@@ -2,6 +2,7 @@
 
 #include <stdlib.h>
 
+#include "assets/start_up.h"
 #include "assets/world.h"
 
 void mesh_collider(collision_mesh* mesh, int32_t material)
@@ -94,7 +95,7 @@ int32_t place_object(int32_t model_index, vec3 position, float yaw, float pitch)
 
 void start_collision_world()
 {
-    if (!create_player() || registry_claim(&models) != 0)
+    if (!create_player() || !reserve_empty_model_and_animation())
         abort();
 }
 

@@ -34,8 +34,8 @@ void fill_collision_model(int32_t model_index, const collision_mesh& mesh);
 // A new static scene object with that model; its index.
 int32_t place_object(int32_t model_index, vec3 position, float yaw = 0.0f, float pitch = 0.0f);
 
-// What game start-up does before the scene is loaded: the player takes object 0 and model 0 is
-// reserved as the placeholder. Call on empty registries.
+// What game start-up does before the scene is loaded: the player takes object 0, and model 0 and
+// animation 0 are reserved as the placeholders. Call on empty registries.
 void start_collision_world();
 
 // A room to walk in: a 20 x 20 stone floor at y = 0 with walls 4 high facing in, a wooden

@@ -6,14 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "support/temp_files.h" // read_all, for what the program wrote
+
 struct headless_result {
     int exit_code;      // the program's exit status; -1 when it did not exit normally
     std::string output; // what it wrote to stdout
     std::string errors; // what it wrote to stderr
 };
-
-// The whole file, as bytes; empty when it cannot be read.
-std::string read_all(const std::string& path);
 
 // The game starts from the shipped data wherever it runs: gives `folder` a link to it (once).
 void link_shipped_data(const std::string& folder);

@@ -1,5 +1,9 @@
 #include "support/media_files.h"
 
+#include <string.h>
+
+#include "support/temp_files.h"
+
 namespace {
 
 uint32_t crc32(const std::string& bytes)
@@ -41,6 +45,16 @@ void put_le32(std::string& out, uint32_t v)
 {
     put_le16(out, v & 0xFFFF);
     put_le16(out, v >> 16);
+}
+
+uint32_t le16(const std::string& b, size_t at)
+{
+    return static_cast<uint8_t>(b[at]) | static_cast<uint32_t>(static_cast<uint8_t>(b[at + 1])) << 8;
+}
+
+uint32_t le32(const std::string& b, size_t at)
+{
+    return le16(b, at) | le16(b, at + 2) << 16;
 }
 
 void put_chunk(std::string& out, const char* type, const std::string& body)
@@ -202,4 +216,44 @@ std::string encode_wav(const wav_description& sound)
     std::string out = "RIFF";
     put_le32(out, static_cast<uint32_t>(body.size()));
     return out + body;
+}
+
+wav_facts read_wav_facts(const std::string& b)
+{
+    wav_facts facts;
+    if (b.size() < 12 || b.compare(0, 4, "RIFF") != 0 || b.compare(8, 4, "WAVE") != 0)
+        return facts;
+    facts.is_wav = true;
+    for (size_t at = 12; at + 8 <= b.size();) {
+        std::string id = b.substr(at, 4);
+        uint64_t size = le32(b, at + 4);
+        size_t body = at + 8;
+        if (id == "fmt " && body + 16 <= b.size()) {
+            uint32_t tag = le16(b, body);
+            facts.channels = le16(b, body + 2);
+            facts.rate = le32(b, body + 4);
+            facts.bits = le16(b, body + 14);
+            facts.pcm = tag == 1 || (tag == 0xFFFE && body + 26 <= b.size() && le16(b, body + 24) == 1);
+        } else if (id == "data") {
+            uint64_t available = b.size() - body;
+            facts.data_at = body;
+            facts.data_bytes = size < available ? size : available;
+        }
+        at = body + static_cast<size_t>(size) + (size & 1);
+    }
+    return facts;
+}
+
+pcm_sound read_pcm_wav(const std::string& path)
+{
+    pcm_sound sound;
+    std::string bytes = read_all(path);
+    wav_facts facts = read_wav_facts(bytes);
+    if (!facts.pcm || facts.bits != 16 || facts.channels == 0)
+        return sound;
+    sound.rate = static_cast<int32_t>(facts.rate);
+    sound.channels = static_cast<int32_t>(facts.channels);
+    sound.samples.resize(static_cast<size_t>(facts.data_bytes / 2));
+    memcpy(sound.samples.data(), bytes.data() + facts.data_at, sound.samples.size() * 2);
+    return sound;
 }

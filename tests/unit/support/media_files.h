@@ -1,5 +1,5 @@
 // Small image and sound files written by the tests themselves, byte for byte the same on every
-// platform: PNGs with stored (uncompressed) deflate blocks and PCM WAVs.
+// platform: PNGs with stored (uncompressed) deflate blocks and PCM WAVs; and WAV files read back.
 #pragma once
 
 #include <stdint.h>
@@ -46,3 +46,24 @@ struct wav_description {
 
 // The bytes of a WAV file.
 std::string encode_wav(const wav_description& sound);
+
+// What a WAV file's own chunks say.
+struct wav_facts {
+    bool is_wav = false;     // RIFF ... WAVE
+    bool pcm = false;        // format 1, or extensible with the PCM sub-format
+    uint32_t channels = 0, rate = 0, bits = 0;
+    size_t data_at = 0;      // where the data chunk's bytes start
+    uint64_t data_bytes = 0; // the data chunk's length, cut to what the file holds
+};
+wav_facts read_wav_facts(const std::string& bytes);
+
+// A 16-bit PCM WAV file: interleaved samples.
+struct pcm_sound {
+    int32_t rate = 0;
+    int32_t channels = 0;
+    std::vector<int16_t> samples;
+
+    size_t frames() const { return channels > 0 ? samples.size() / channels : 0; }
+};
+// Rate 0 when the file is not a 16-bit PCM WAV.
+pcm_sound read_pcm_wav(const std::string& path);

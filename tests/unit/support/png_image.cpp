@@ -14,6 +14,6 @@ rgb_image read_png(const std::string& path)
     result.height = image.height;
     result.pixels.resize(PNG_IMAGE_SIZE(image));
     if (!png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr))
-        result.pixels.clear();
+        return rgb_image();
     return result;
 }

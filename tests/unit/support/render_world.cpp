@@ -5,6 +5,7 @@
 
 #include "assets/animation.h"
 #include "assets/item.h"
+#include "assets/start_up.h"
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "core/debug_flags.h"
@@ -15,19 +16,24 @@
 #include "render/world_pass.h"
 #include "support/asset_state.h"
 
+// The renderer's arrays that live from frame to frame start empty in every test, so that a test
+// that makes one grow (or fail to) does so whatever ran before it.
+static void release_renderer_arrays()
+{
+    release_visibility_arrays();
+    release_world_pass_arrays();
+}
+
 void render_world_test::SetUp()
 {
     reset_assets();
-    reset_shade_caches();
+    release_renderer_arrays();
     focus_object = -1;
     focus_time = 0.0f;
     game_time = 0.0f;
     render_alpha = 1.0f;
-    saved_lighting_ = debug_lighting;
-    saved_culling_ = debug_portal_culling;
-    saved_wireframe_ = debug_wireframe;
-    saved_colliders_ = debug_show_colliders;
-    saved_areas_ = debug_show_areas;
+    globals.keep_all(&debug_lighting, &debug_portal_culling, &debug_wireframe, &debug_show_colliders,
+                     &debug_show_areas);
     debug_lighting = 1;
     debug_portal_culling = 1;
     debug_wireframe = 0;
@@ -35,8 +41,7 @@ void render_world_test::SetUp()
     frame = std::make_unique<test_frame>(FRAME_SIZE, FRAME_SIZE);
     ASSERT_EQ(occlusion_buffers_create(), 1);
     // Index 0 of the model and animation registries stands for none, as at start-up.
-    ASSERT_EQ(registry_claim(&models), 0);
-    ASSERT_EQ(registry_claim(&animations), 0);
+    ASSERT_EQ(reserve_empty_model_and_animation(), 1);
     set_camera({0.0f, 0.0f, 0.0f});
     reset_deferred_triangles();
 }
@@ -45,13 +50,9 @@ void render_world_test::TearDown()
 {
     frame.reset();
     reset_assets();
-    reset_shade_caches();
+    release_renderer_arrays();
     focus_object = -1;
-    debug_lighting = saved_lighting_;
-    debug_portal_culling = saved_culling_;
-    debug_wireframe = saved_wireframe_;
-    debug_show_colliders = saved_colliders_;
-    debug_show_areas = saved_areas_;
+    globals.restore();
 }
 
 int32_t render_world_test::add_room(vec3 box_min, vec3 box_max, int32_t bsp_node)
@@ -74,9 +75,7 @@ int32_t render_world_test::add_portal(int32_t room_index, int32_t target, vec3 c
     p->corners[1] = c1;
     p->corners[2] = c2;
     p->corners[3] = c3;
-    vec3 n = vec3_cross(vec3_sub(c1, c0), vec3_sub(c2, c0));
-    float length = sqrtf(vec3_dot(n, n));
-    p->normal = vec3_scale(n, 1.0f / length);
+    p->normal = vec3_normalise(vec3_cross(vec3_sub(c1, c0), vec3_sub(c2, c0)));
     p->centre = vec3_scale(vec3_add(vec3_add(c0, c1), vec3_add(c2, c3)), 0.25f);
     p->plane_d = -vec3_dot(p->normal, p->centre);
     room* r = registry_at<room>(&rooms, room_index);

@@ -56,7 +56,6 @@ protected:
     static void set_camera(vec3 eye, float yaw = 0.0f, float pitch = 0.0f);
 
     std::unique_ptr<test_frame> frame;
-
-private:
-    int32_t saved_lighting_, saved_culling_, saved_wireframe_, saved_colliders_, saved_areas_;
+    // What the fixture and the tests derived from it change, put back after each test.
+    saved_globals globals;
 };

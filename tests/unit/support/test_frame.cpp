@@ -6,10 +6,10 @@
 
 test_frame::test_frame(int32_t width, int32_t height, uint16_t background)
     : colour(static_cast<size_t>(width * height), background), depth(static_cast<size_t>(width * height), 0.0f),
-      width_(width), background_(background), saved_colour_(color_buffer), saved_depth_(depth_buffer),
-      saved_width_(frame_width), saved_height_(frame_height), saved_interpolation_(TEXTURE_INTERPOLATION),
-      saved_dithering_(LIGHT_DITHERING)
+      width_(width), background_(background)
 {
+    saved_.keep_all(&color_buffer, &depth_buffer, &frame_width, &frame_height, &TEXTURE_INTERPOLATION,
+                    &LIGHT_DITHERING);
     color_buffer = colour.data();
     depth_buffer = depth.data();
     frame_width = width;
@@ -17,16 +17,6 @@ test_frame::test_frame(int32_t width, int32_t height, uint16_t background)
     TEXTURE_INTERPOLATION = 0;
     LIGHT_DITHERING = 0;
     build_colour_tables();
-}
-
-test_frame::~test_frame()
-{
-    color_buffer = saved_colour_;
-    depth_buffer = saved_depth_;
-    frame_width = saved_width_;
-    frame_height = saved_height_;
-    TEXTURE_INTERPOLATION = saved_interpolation_;
-    LIGHT_DITHERING = saved_dithering_;
 }
 
 uint16_t test_frame::pixel(int32_t x, int32_t y) const

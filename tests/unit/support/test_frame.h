@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "assets/texture.h"
+#include "support/saved_globals.h"
 
 struct test_frame {
     std::vector<uint16_t> colour;
     std::vector<float> depth;
 
     test_frame(int32_t width, int32_t height, uint16_t background = 0);
-    ~test_frame(); // the surfaces and switches go back to what they were
+    // The surfaces and switches go back to what they were when the frame goes.
     test_frame(const test_frame&) = delete;
     test_frame& operator=(const test_frame&) = delete;
 
@@ -28,10 +29,7 @@ struct test_frame {
 private:
     int32_t width_;
     uint16_t background_;
-    uint16_t* saved_colour_;
-    float* saved_depth_;
-    int32_t saved_width_, saved_height_;
-    int32_t saved_interpolation_, saved_dithering_;
+    saved_globals saved_;
 };
 
 struct test_texture {

@@ -37,48 +37,19 @@ uint16_t grey(int32_t level)
 // 10 and whose glyphs are empty, and every switch and setting the panel reads put back afterwards.
 class debug_overlay_test : public render_world_test {
 protected:
-    font saved_font = {};
-    int32_t saved_switches[6] = {};
-    int32_t saved_settings[3] = {};
-    player_motion_state saved_motion = {};
-    int32_t saved_area = 0, saved_iterations = 0;
-
     void SetUp() override
     {
         render_world_test::SetUp();
-        saved_font = font_system;
+        globals.keep_all(&font_system, &debug_info, &debug_wireframe, &debug_show_colliders, &debug_show_areas,
+                         &debug_show_occlusion, &debug_show_lookup_tables, &LIGHT_DITHERING,
+                         &TEXTURE_INTERPOLATION, &TEXTURE_DITHERING, &player_motion, &camera_area,
+                         &camera_area_iterations, &key_state);
         font_system = font{};
         font_system.line_height = LINE_HEIGHT;
-        int32_t* switches[6] = {&debug_info, &debug_wireframe, &debug_show_colliders, &debug_show_areas,
-                                &debug_show_occlusion, &debug_show_lookup_tables};
-        for (int i = 0; i < 6; ++i)
-            saved_switches[i] = *switches[i];
-        saved_settings[0] = LIGHT_DITHERING;
-        saved_settings[1] = TEXTURE_INTERPOLATION;
-        saved_settings[2] = TEXTURE_DITHERING;
-        saved_motion = player_motion;
-        saved_area = camera_area;
-        saved_iterations = camera_area_iterations;
         memset(key_state, 0, sizeof key_state);
         ASSERT_EQ(add_object(-1, 0, {1.3f, -2.0f, 3.5f}), PLAYER_OBJECT);
         player_motion = player_motion_state{};
         player_motion.on_ground = 1;
-    }
-    void TearDown() override
-    {
-        font_system = saved_font;
-        int32_t* switches[6] = {&debug_info, &debug_wireframe, &debug_show_colliders, &debug_show_areas,
-                                &debug_show_occlusion, &debug_show_lookup_tables};
-        for (int i = 0; i < 6; ++i)
-            *switches[i] = saved_switches[i];
-        LIGHT_DITHERING = saved_settings[0];
-        TEXTURE_INTERPOLATION = saved_settings[1];
-        TEXTURE_DITHERING = saved_settings[2];
-        player_motion = saved_motion;
-        camera_area = saved_area;
-        camera_area_iterations = saved_iterations;
-        memset(key_state, 0, sizeof key_state);
-        render_world_test::TearDown();
     }
 
     static std::vector<panel_line> panel()
@@ -238,14 +209,13 @@ TEST_F(debug_overlay_test, the_occlusion_view_greys_each_occupied_block_by_the_r
     cells[0] = 0.25f;      // sqrt 0.5 x 31 = 15.5: level 15
     cells[9] = 4.0f;       // past 1: level 31
     cells[18] = NAN;       // not a number: shown, as level 0
-    float* saved_cells = occlusion_coarse;
-    int32_t saved_columns = occlusion_columns, saved_rows = occlusion_rows;
-    occlusion_coarse = cells.data();
-    occlusion_columns = occlusion_rows = 8;
-    draw_occlusion_view();
-    occlusion_coarse = saved_cells;
-    occlusion_columns = saved_columns;
-    occlusion_rows = saved_rows;
+    {
+        saved_globals occlusion;
+        occlusion.keep_all(&occlusion_coarse, &occlusion_columns, &occlusion_rows);
+        occlusion_coarse = cells.data();
+        occlusion_columns = occlusion_rows = 8;
+        draw_occlusion_view();
+    }
 
     for (int32_t y = 0; y < 8; ++y)
         for (int32_t x = 0; x < 8; ++x) {

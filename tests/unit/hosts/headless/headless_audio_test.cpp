@@ -4,8 +4,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -43,12 +41,6 @@ protected:
 };
 
 const double block_seconds = 1500.0 / 44100.0;
-
-std::string read_all(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 uint32_t little_32(const std::string& bytes, size_t at)
 {
