@@ -7,6 +7,8 @@
 
 #include <math.h>
 
+#include "support/temp_files.h"
+
 #include <string>
 
 namespace {
@@ -102,7 +104,8 @@ protected:
     void SetUp() override
     {
         scenario::SetUp();
-        use_resolution(640, 480);
+        // The box needs room for its answer rows; 20 frames a second keep the runs short.
+        write_file(file("settings.ini"), "SCREEN_RESOLUTION=640x480\r\nFPS=20\r\n");
     }
 };
 
@@ -161,7 +164,7 @@ TEST_F(dialogue_route, down_twice_highlights_the_dice_and_enter_rolls_them_by_th
 
 TEST_F(dialogue_route, the_mouse_highlights_the_row_under_the_cursor_and_a_click_picks_it)
 {
-    json hovering = play(TALKS, 261);
+    json hovering = play(TALKS, 262);
     EXPECT_EQ(talk(hovering)["highlighted"], 0) << "the cursor on the first row";
 
     json again = play(TALKS, 266);
