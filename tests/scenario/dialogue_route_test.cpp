@@ -172,6 +172,7 @@ TEST_F(dialogue_route, the_mouse_highlights_the_row_under_the_cursor_and_a_click
     EXPECT_EQ(variables(again)["roll"], std::to_string(roll));
     EXPECT_EQ(text(again), dice_text(roll));
     EXPECT_EQ(talk(again)["choices"], json::array({"Again.", "Enough dice."}));
+    EXPECT_EQ(again["mouse_captured"], 0) << "while the box is open a click picks, it does not capture the mouse";
 
     json enough = play(TALKS, 284);
     EXPECT_EQ(text(enough), "Wise. Dice and the dark are poor company.");
