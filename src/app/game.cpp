@@ -12,6 +12,7 @@
 #include "core/loop_state.h"
 #include "core/numbers.h"
 #include "core/settings.h"
+#include "game/dialogue.h"
 #include "game/interaction.h"
 #include "game/light_styles.h"
 #include "game/player.h"
@@ -23,6 +24,7 @@
 #include "render/visibility.h"
 #include "render/world_pass.h"
 #include "ui/debug_overlay.h"
+#include "ui/dialogue_box.h"
 #include "ui/font.h"
 #include "ui/hud.h"
 #include "ui/item_views.h"
@@ -132,19 +134,27 @@ static void release_removed_objects()
 void game_update()
 {
     toggle_debug_flags();
-    apply_control_keys();
+    // While a dialogue is open the mouse and the keys belong to it: only the view widens back.
+    if (dialogue_state.active)
+        fov_target = FOV * DEGREES_TO_RADIANS;
+    else
+        apply_control_keys();
     // Eases toward the target with the update's own (possibly scaled) length.
     fov_current += (1.0f - expf(-16.0f * tick_dt)) * (fov_target - fov_current);
     remember_previous_placements();
     update_light_styles();
-    // Only a living player uses things; doors swing and the player moves (or, dead, sinks) either way.
-    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
-    if (player->health > 0) {
-        update_interaction(view_forward(player));
-        update_inventory();
+    if (dialogue_state.active) {
+        update_dialogue(); // the world waits while the player talks
+    } else {
+        // Only a living player uses things; doors swing and the player moves (or, dead, sinks) either way.
+        object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+        if (player->health > 0) {
+            update_interaction(view_forward(player));
+            update_inventory();
+        }
+        update_doors();
+        update_player(player);
     }
-    update_doors();
-    update_player(player);
     release_removed_objects();
 }
 
@@ -268,7 +278,9 @@ void game_render()
     pulse_fallback_texture();
     end_pass(FRAME_PASS_SETUP);
     draw_world();
-    if (player_motion.dead_flag)
+    if (dialogue_state.active)
+        draw_dialogue();
+    else if (player_motion.dead_flag)
         draw_death_screen();
     else
         draw_play_overlay();

@@ -30,6 +30,7 @@ struct golden_frame {
     std::string placement;         // X,Y,Z,YAW,PITCH as --place takes it
     int tick = 0;                  // the frame drawn right after this update
     std::vector<std::string> keys; // pressed at update 0, let go at update 1
+    std::string script;            // further timed input: a file under tests/golden/scripts, or empty
 };
 
 std::vector<std::string> split_keys(const std::string& list)
@@ -44,7 +45,7 @@ std::vector<std::string> split_keys(const std::string& list)
     return keys;
 }
 
-// One frame a line: name, placement, tick, keys; '#' starts a comment line.
+// One frame a line: name, placement, tick, keys and maybe a script; '#' starts a comment line.
 std::vector<golden_frame> read_golden_frames(const std::string& path, std::string* error)
 {
     std::vector<golden_frame> frames;
@@ -60,8 +61,9 @@ std::vector<golden_frame> read_golden_frames(const std::string& path, std::strin
         std::string keys, extra;
         if (!(words >> frame.name) || frame.name[0] == '#')
             continue;
-        if (!(words >> frame.placement >> frame.tick >> keys) || (words >> extra)) {
-            *error = path + ":" + std::to_string(number) + ": expected a name, a placement, a tick and keys";
+        if (!(words >> frame.placement >> frame.tick >> keys) || ((words >> frame.script) && (words >> extra))) {
+            *error = path + ":" + std::to_string(number) +
+                     ": expected a name, a placement, a tick, keys and maybe a script";
             return {};
         }
         frame.keys = split_keys(keys);
@@ -147,6 +149,8 @@ private:
             text += "0 down " + key + "\n";
         for (const std::string& key : frame_.keys)
             text += "1 up " + key + "\n";
+        if (!frame_.script.empty())
+            text += read_all(std::string(GOLDEN_FOLDER) + "/scripts/" + frame_.script);
         return text;
     }
 

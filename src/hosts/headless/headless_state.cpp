@@ -7,6 +7,7 @@
 #include "assets/item.h"
 #include "assets/registry.h"
 #include "assets/world.h"
+#include "game/dialogue.h"
 #include "game/interaction.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
@@ -150,6 +151,31 @@ static void write_interaction(FILE* file)
     fprintf(file, "],\n");
 }
 
+// The open dialogue (what it shows and offers) and every dialogue variable; both from the start.
+static void write_dialogue(FILE* file)
+{
+    fprintf(file, " \"dialogue\": {\"active\": %d, \"phase\": %d, \"text\": ", dialogue_state.active,
+            dialogue_state.phase);
+    json_string(file, dialogue_state.text);
+    fprintf(file, ", \"choices\": [");
+    for (int32_t i = 0; i < dialogue_state.choice_count; ++i) {
+        int32_t length = 0;
+        const char* text = dialogue_answer_text(dialogue_state.choices[i], &length);
+        char shown[DIALOGUE_TEXT_CAPACITY] = {};
+        memcpy(shown, text, static_cast<size_t>(length < DIALOGUE_TEXT_CAPACITY ? length : DIALOGUE_TEXT_CAPACITY - 1));
+        fprintf(file, "%s", i ? ", " : "");
+        json_string(file, shown);
+    }
+    fprintf(file, "], \"highlighted\": %d},\n \"variables\": {", dialogue_state.highlighted);
+    for (int32_t i = 0; i < dialogue_vars.count; ++i) {
+        fprintf(file, "%s", i ? ", " : "");
+        json_string(file, dialogue_vars.records[i].name);
+        fprintf(file, ": ");
+        json_string(file, dialogue_vars.records[i].value);
+    }
+    fprintf(file, "},\n");
+}
+
 int write_headless_state(FILE* file, int32_t tick, int64_t frames)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
@@ -158,6 +184,7 @@ int write_headless_state(FILE* file, int32_t tick, int64_t frames)
     write_settings(file);
     write_player(file);
     write_interaction(file);
+    write_dialogue(file);
     fprintf(file, " \"mouse_captured\": %d,\n", mouse_captured);
     write_sounds(file);
     return fflush(file) == 0 && !ferror(file);

@@ -15,6 +15,7 @@
 #include "core/loop_state.h"
 #include "core/numbers.h"
 #include "core/settings.h"
+#include "game/dialogue.h"
 #include "game/player.h"
 #include "support/saved_globals.h"
 #include "support/test_audio.h"
@@ -187,6 +188,50 @@ TEST_F(game_test, a_left_click_while_captured_is_left_for_gameplay)
     key_state[KEYCODE_LBUTTON] = KEY_PRESSED;
     update();
     EXPECT_EQ(key_state[KEYCODE_LBUTTON], KEY_PRESSED);
+}
+
+// A box half-way through closing: the dialogue step leaves it open and reads no key.
+class game_test_in_dialogue : public game_test {
+protected:
+    void SetUp() override
+    {
+        game_test::SetUp();
+        dialogue_state.active = 1;
+        dialogue_state.phase = DIALOGUE_PHASE_CLOSING;
+        dialogue_state.fade = 0.5f;
+    }
+    void TearDown() override
+    {
+        dialogue_state.active = 0;
+        dialogue_state.fade = 0.0f;
+        game_test::TearDown();
+    }
+};
+
+TEST_F(game_test_in_dialogue, while_a_dialogue_is_open_only_the_view_widens_back_no_zoom_time_keys_or_capture)
+{
+    fov_current = fov_target = 1.0f;
+    key_state['Z'] = KEY_HELD;
+    key_state[KEYCODE_BACKSPACE] = KEY_HELD;
+    key_state[KEYCODE_ADD] = KEY_HELD;
+    key_state[KEYCODE_LBUTTON] = KEY_PRESSED;
+    EXPECT_EQ(update(), 0.025f) << "the update keeps its length";
+    EXPECT_EQ(fov_target, FOV * DEGREES_TO_RADIANS);
+    EXPECT_EQ(mouse_captured, 0);
+    EXPECT_EQ(key_state[KEYCODE_LBUTTON], KEY_PRESSED) << "the click is left for the answers";
+    EXPECT_EQ(dialogue_state.active, 1);
+}
+
+TEST_F(game_test_in_dialogue, while_a_dialogue_is_open_the_player_stands_still)
+{
+    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
+    vec3 before = player->position;
+    key_state['W'] = KEY_HELD;
+    for (int i = 0; i < 10; ++i)
+        update();
+    EXPECT_EQ(player->position.x, before.x);
+    EXPECT_EQ(player->position.y, before.y);
+    EXPECT_EQ(player->position.z, before.z);
 }
 
 TEST_F(game_test, backspace_slows_an_update_to_a_quarter_and_keypad_plus_speeds_it_ten_times)
