@@ -95,8 +95,7 @@ int var_equals(const char* name, int32_t name_length, const char* value, int32_t
 
 // ---- Statements --------------------------------------------------------------------------------
 
-// The variable name after "state.", or null when the token is not a state variable.
-static const char* state_name(const char* token, int32_t length, int32_t* name_length)
+const char* state_variable_name(const char* token, int32_t length, int32_t* name_length)
 {
     static const char PREFIX[] = "state.";
     const int32_t prefix_length = static_cast<int32_t>(sizeof PREFIX - 1);
@@ -121,13 +120,18 @@ static int read_call_number(const char* call, int32_t length, int32_t* position,
     return parse_float(call + start, i - start, out);
 }
 
-int dialogue_random(dialogue_var* var, const char* call, int32_t length)
+int random_call_bounds(const char* call, int32_t length, float* a, float* b)
 {
     if (!begins_with(call, length, "random("))
         return 0;
     int32_t position = 6; // at the "("
+    return read_call_number(call, length, &position, a) && read_call_number(call, length, &position, b);
+}
+
+int dialogue_random(dialogue_var* var, const char* call, int32_t length)
+{
     float a = 0.0f, b = 0.0f;
-    if (!read_call_number(call, length, &position, &a) || !read_call_number(call, length, &position, &b))
+    if (!random_call_bounds(call, length, &a, &b))
         return 0;
     // The game clock is deliberately the only source of chance.
     float fraction = fmodf(game_time, 1.0f);
@@ -136,9 +140,7 @@ int dialogue_random(dialogue_var* var, const char* call, int32_t length)
     return 1;
 }
 
-// Splits into at most three tokens: the first two end at a blank, the third is the whole rest,
-// blanks included. Returns the number of tokens.
-static int32_t split_statement(const char* text, int32_t length, const char* token[3], int32_t token_length[3])
+int32_t split_statement(const char* text, int32_t length, const char* token[3], int32_t token_length[3])
 {
     int32_t i = 0, count = 0;
     while (count < 3) {
@@ -171,9 +173,20 @@ static int assign(const char* name, int32_t name_length, const char* value, int3
     return fits;
 }
 
-static int is_call(const char* value, int32_t length)
+int is_function_call(const char* value, int32_t length)
 {
     return length > 0 && value[length - 1] == ')' && memchr(value, '(', static_cast<size_t>(length)) != nullptr;
+}
+
+statement_operator statement_operator_of(const char* op, int32_t length)
+{
+    if (length == 1 && op[0] == '=')
+        return STATEMENT_OPERATOR_SET;
+    if (length == 2 && op[0] == '=' && op[1] == '=')
+        return STATEMENT_OPERATOR_EQUALS;
+    if (length == 2 && op[0] == '!' && op[1] == '=')
+        return STATEMENT_OPERATOR_DIFFERS;
+    return STATEMENT_OPERATOR_UNKNOWN;
 }
 
 int eval_statement(const char* text, int32_t length)
@@ -184,45 +197,66 @@ int eval_statement(const char* text, int32_t length)
     int32_t name_length = 0;
     if (count == 1) {
         int negated = token[0][0] == '!';
-        const char* name = state_name(token[0] + negated, token_length[0] - negated, &name_length);
+        const char* name = state_variable_name(token[0] + negated, token_length[0] - negated, &name_length);
         if (!name)
             return 0;
         return (find_var(name, name_length) != nullptr) != negated;
     }
     if (count != 3)
         return 0;
-    const char* name = state_name(token[0], token_length[0], &name_length);
+    const char* name = state_variable_name(token[0], token_length[0], &name_length);
     if (!name)
         return 0;
-    const char* op = token[1];
-    int32_t op_length = token_length[1];
-    if (op_length == 1 && op[0] == '=') {
-        if (!is_call(token[2], token_length[2]))
+    switch (statement_operator_of(token[1], token_length[1])) {
+    case STATEMENT_OPERATOR_SET: {
+        if (!is_function_call(token[2], token_length[2]))
             return assign(name, name_length, token[2], token_length[2]);
         dialogue_var* var = get_or_add_var(name, name_length);
         return var && dialogue_random(var, token[2], token_length[2]);
     }
-    if (op_length == 2 && (op[0] == '=' || op[0] == '!') && op[1] == '=') {
-        int equal = var_equals(name, name_length, token[2], token_length[2]);
-        return op[0] == '=' ? equal : !equal;
+    case STATEMENT_OPERATOR_EQUALS:
+        return var_equals(name, name_length, token[2], token_length[2]);
+    case STATEMENT_OPERATOR_DIFFERS:
+        return !var_equals(name, name_length, token[2], token_length[2]);
+    case STATEMENT_OPERATOR_UNKNOWN:
+        break;
     }
     return 0;
 }
 
 // ---- Walking the script ------------------------------------------------------------------------
 
+const char* dialogue_quoted_text(const dialogue* record, int32_t entry, int32_t* length, int* closed)
+{
+    const dialogue_entry& e = record->entries[entry];
+    const char* end = record->text + e.end;
+    const char* open = static_cast<const char*>(memchr(record->text + e.start, '"', e.end - e.start));
+    *length = 0;
+    *closed = 0;
+    if (!open)
+        return nullptr;
+    const char* close = static_cast<const char*>(memchr(open + 1, '"', static_cast<size_t>(end - open - 1)));
+    *closed = close != nullptr;
+    *length = static_cast<int32_t>((close ? close : end) - open - 1);
+    return open + 1;
+}
+
+int32_t placeholder_end(const char* text, int32_t open, int32_t end)
+{
+    int32_t close = open + 1;
+    while (close < end && text[close] != '}')
+        ++close;
+    return close;
+}
+
 void expand_text(int32_t entry)
 {
-    const dialogue* record = open_dialogue();
-    const dialogue_entry& e = record->entries[entry];
-    const char* text = record->text;
-    const char* open = static_cast<const char*>(memchr(text + e.start, '"', e.end - e.start));
-    if (!open)
+    int32_t end = 0;
+    int closed = 0;
+    const char* text = dialogue_quoted_text(open_dialogue(), entry, &end, &closed);
+    if (!text)
         return;
-    int32_t i = static_cast<int32_t>(open - text) + 1;
-    int32_t end = i;
-    while (end < static_cast<int32_t>(e.end) && text[end] != '"')
-        ++end;
+    int32_t i = 0;
     while (i < end) {
         if (text[i] != '{') {
             int32_t run = i;
@@ -232,11 +266,9 @@ void expand_text(int32_t entry)
             i = run;
             continue;
         }
-        int32_t close = i + 1;
-        while (close < end && text[close] != '}')
-            ++close;
+        int32_t close = placeholder_end(text, i, end);
         int32_t name_length = 0;
-        const char* name = state_name(text + i + 1, close - i - 1, &name_length);
+        const char* name = state_variable_name(text + i + 1, close - i - 1, &name_length);
         const dialogue_var* var = name ? find_var(name, name_length) : nullptr;
         if (var)
             append_text(var->value, static_cast<int32_t>(strlen(var->value)));
@@ -315,17 +347,9 @@ int run_dialogue(int32_t start)
 const char* dialogue_answer_text(int32_t entry, int32_t* length)
 {
     const dialogue* record = open_dialogue();
-    const dialogue_entry& e = record->entries[entry];
-    const char* begin = record->text + e.start;
-    const char* end = record->text + e.end;
-    const char* open = static_cast<const char*>(memchr(begin, '"', static_cast<size_t>(end - begin)));
-    if (!open) {
-        *length = 0;
-        return begin;
-    }
-    const char* close = static_cast<const char*>(memchr(open + 1, '"', static_cast<size_t>(end - open - 1)));
-    *length = static_cast<int32_t>((close ? close : end) - open - 1);
-    return open + 1;
+    int closed = 0;
+    const char* text = dialogue_quoted_text(record, entry, length, &closed);
+    return text ? text : record->text + record->entries[entry].start;
 }
 
 // ---- Opening, picking and the keys ------------------------------------------------------------

@@ -97,5 +97,35 @@ void pick_choice(int32_t k);
 // terminated: *length bytes.
 const char* dialogue_answer_text(int32_t entry, int32_t* length);
 
+// ---- Reading the script, shared by the runtime and the data checker ---------------------------
+
+// Splits a statement into at most three tokens: blanks (spaces and tabs) are skipped, the first two
+// tokens end at the next blank and the third is the whole rest of the text, blanks included.
+// Returns the number of tokens.
+int32_t split_statement(const char* text, int32_t length, const char* token[3], int32_t token_length[3]);
+// The variable name after "state." (at least one character), or null when the token is not a state
+// variable.
+const char* state_variable_name(const char* token, int32_t length, int32_t* name_length);
+
+enum statement_operator {
+    STATEMENT_OPERATOR_UNKNOWN, // the statement is false and does nothing
+    STATEMENT_OPERATOR_SET,     // "="
+    STATEMENT_OPERATOR_EQUALS,  // "=="
+    STATEMENT_OPERATOR_DIFFERS, // "!="
+};
+
+statement_operator statement_operator_of(const char* op, int32_t length);
+// Whether the value of an assignment is a function call: it ends with ")" and holds "(".
+int is_function_call(const char* value, int32_t length);
+// The two numbers of the call "random(a, b)"; 0 for any other function or a missing or
+// unparsable number.
+int random_call_bounds(const char* call, int32_t length, float* a, float* b);
+// What entry `entry` shows: the text after its first double quote up to the next one, or to the
+// entry's end when there is no second (*closed = 0). Null when the entry has no double quote.
+const char* dialogue_quoted_text(const dialogue* record, int32_t entry, int32_t* length, int* closed);
+// Where the placeholder opened by the "{" at text[open] ends: at the next "}" before `end`, else at
+// `end` (a placeholder left open runs to the closing quote).
+int32_t placeholder_end(const char* text, int32_t open, int32_t end);
+
 // Forgets every variable and closes any dialogue, for tests that need a fresh game.
 void reset_dialogue_runtime();

@@ -377,6 +377,83 @@ TEST_F(check_test, more_than_eight_answers_at_once_are_named)
     expect_only("gloamhold_data/dialogues/probe.dlg:9: more than 8 answers at once: the box offers at most 8");
 }
 
+TEST_F(check_test, answers_gathered_through_a_jump_beyond_eight_are_named)
+{
+    // Four answers from the menu the jump calls, then five more here: nine offered at once.
+    std::string talk = "@menu\n";
+    for (int i = 1; i <= 5; ++i)
+        talk += "> \"Here " + std::to_string(i) + ".\":\n";
+    talk += "menu:\n";
+    for (int i = 1; i <= 4; ++i)
+        talk += "\t> \"There " + std::to_string(i) + ".\":\n";
+    plant("dialogues/probe.dlg", talk);
+    int line = line_in("dialogues/probe.dlg", "Here 5.");
+    expect_only("gloamhold_data/dialogues/probe.dlg:" + std::to_string(line) +
+                ": more than 8 answers at once: the box offers at most 8");
+}
+
+TEST_F(check_test, answers_of_a_condition_and_its_else_are_not_counted_together)
+{
+    // Only one of the two blocks runs: at most five answers at once.
+    std::string talk = "state.probed = yes\nif state.probed == yes:\n";
+    for (int i = 1; i <= 5; ++i)
+        talk += "\t> \"Yes " + std::to_string(i) + ".\":\n";
+    talk += "else:\n";
+    for (int i = 1; i <= 5; ++i)
+        talk += "\t> \"No " + std::to_string(i) + ".\":\n";
+    plant("dialogues/probe.dlg", talk);
+    check_run result = run();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.lines, std::vector<std::string>());
+}
+
+TEST_F(check_test, statement_with_an_unknown_operator_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Ask.\":\n\tstate.asked <- yes\n\tif state.asked <> yes:\n\t\t\"Hm.\"\n");
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:2: the statement never does anything: unknown operator \"<-\" "
+                    "(=, == and != are known)",
+                    "gloamhold_data/dialogues/probe.dlg:3: the condition never holds: unknown operator \"<>\" (=, == "
+                    "and != are known)",
+                    "gloamhold_data/dialogues/probe.dlg:3: the condition tests state.asked, which no dialogue sets"});
+}
+
+TEST_F(check_test, function_other_than_random_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Roll.\":\n\tstate.probe_roll = dice(1, 6)\n\tstate.probe_luck = random(1)\n");
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:2: the statement never does anything: \"dice(1, 6)\" is not "
+                    "random(a, b) with two numbers: state.probe_roll is only left empty",
+                    "gloamhold_data/dialogues/probe.dlg:3: the statement never does anything: \"random(1)\" is not "
+                    "random(a, b) with two numbers: state.probe_luck is only left empty"});
+}
+
+TEST_F(check_test, statement_that_only_tests_or_names_no_variable_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Ask.\":\n\tstate.asked = yes\n\tstate.asked == yes\n\tHello there\n");
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:3: the statement never does anything: it only tests "
+                    "state.asked",
+                    "gloamhold_data/dialogues/probe.dlg:4: the statement never does anything: \"Hello\" is not a state "
+                    "variable (state.<name>)"});
+}
+
+TEST_F(check_test, text_line_without_its_closing_quote_is_named)
+{
+    plant("dialogues/probe.dlg", "> \"Ask.\":\n\t\"Nobody closed this\n\t\"Halt: who goes there?\"\n");
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:2: the text line has no closing double quote: it shows to the "
+                    "end of the line",
+                    "gloamhold_data/dialogues/probe.dlg:3: the text line ends at its \":\": the game reads it as a "
+                    "label and the rest of the line as a further entry",
+                    "gloamhold_data/dialogues/probe.dlg:3: the statement never does anything: \"who\" is not a state "
+                    "variable (state.<name>)"});
+}
+
+TEST_F(check_test, variable_set_only_by_a_condition_counts_as_set)
+{
+    plant("dialogues/probe.dlg", "> \"Ask.\":\n\tif state.probe_asked = yes:\n\t\t\"You asked {state.probe_asked}.\"\n");
+    check_run result = run();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.lines, std::vector<std::string>());
+}
+
 TEST_F(check_test, light_without_a_radius_is_named)
 {
     int line = replace("scene.xml", "radius=\"24\"", "radius=\"0\"");

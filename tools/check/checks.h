@@ -17,9 +17,10 @@ void check_world(bool scene_loaded);
 // load never reached, so that the scene is checked on its own merits rather than for pickups
 // whose items the failed load left out.
 void register_unloaded_item_keys();
-// Every dialogue loaded: whether it can offer an answer at its top (it never opens otherwise),
-// jumps that find no label, more answers at once than the box offers, text the dialogue font
-// cannot draw, and state variables shown or tested that no dialogue sets.
+// Every dialogue loaded, read as the game reads it: whether it can offer an answer at its top (it
+// never opens otherwise), jumps that find no label, more answers at once than the box offers,
+// statements that never do anything, text lines without their closing quote, text the dialogue
+// font cannot draw, and state variables shown or tested that no dialogue sets.
 void check_dialogues();
 // Every file of the data folders that nothing named, loaded for its own sake by its own loader (the
 // game never loads it, but a modder is likely about to name it).
