@@ -392,6 +392,13 @@ TEST_F(check_test, answers_gathered_through_a_jump_beyond_eight_are_named)
                 ": more than 8 answers at once: the box offers at most 8");
 }
 
+TEST_F(check_test, jump_into_the_block_it_stands_in_is_named)
+{
+    plant("dialogues/probe.dlg", "@loop\nloop:\n\t> \"Again.\":\n\t\t\"Once more.\"\n\t@loop\n");
+    expect_only("gloamhold_data/dialogues/probe.dlg:5: the jump calls a block it stands in: the game walks it again "
+                "and again, 64 blocks deep");
+}
+
 TEST_F(check_test, answers_of_a_condition_and_its_else_are_not_counted_together)
 {
     // Only one of the two blocks runs: at most five answers at once.

@@ -65,7 +65,7 @@ bool block_may_offer(const dialogue* record, int32_t parent, std::vector<bool>* 
 // every condition may hold or not, so of a condition's block and the "else" blocks after it the
 // one that offers more is taken (an "else" with no condition before it always runs). A jump is a
 // call into its label's block; one that finds no label ends the block, as in the game. A jump back
-// into a block that is being walked adds nothing here (the game's walk stops at its depth limit).
+// into a block that is being walked adds nothing here, and is kept to be named.
 class answer_walk {
 public:
     explicit answer_walk(const dialogue* walked)
@@ -137,6 +137,8 @@ private:
                     settle();
                     return offered;
                 }
+                if (state[target] == WALKING)
+                    jumps_back.insert(i);
                 std::vector<int32_t> inner = most_answers(target);
                 offered.insert(offered.end(), inner.begin(), inner.end());
                 break;
@@ -152,6 +154,10 @@ private:
     const dialogue* record;
     std::vector<walk_state> state;
     std::vector<std::vector<int32_t>> found;
+
+public:
+    // Jumps into a block that the same walk is still in: the game walks it again and again.
+    std::set<int32_t> jumps_back;
 };
 
 // The placeholders "{...}" of a shown text (one left open runs to the end), and the text without them.
@@ -315,6 +321,9 @@ void check_dialogue(const char* path, const dialogue* record)
     for (int32_t entry : crowded)
         report(path, entry_line(record, entry), "more than %d answers at once: the box offers at most %d",
                DIALOGUE_MAX_CHOICES, DIALOGUE_MAX_CHOICES);
+    for (int32_t jump : walks.jumps_back)
+        report(path, entry_line(record, jump), "the jump calls a block it stands in: the game walks it again "
+                                               "and again, %d blocks deep", DIALOGUE_MAX_DEPTH);
     for (int32_t i = 0; i < record->entry_count; ++i) {
         const dialogue_entry& e = record->entries[i];
         switch (dialogue_entry_kind_of(record, i)) {

@@ -297,6 +297,50 @@ TEST_F(dialogue_runtime_test, an_answers_display_text_lies_between_its_first_pai
     EXPECT_EQ(answer_texts(), "Yes|");
 }
 
+// ---- Reading the script, as the data checker does too ----
+
+TEST_F(dialogue_runtime_test, a_statement_splits_into_two_words_and_the_whole_rest)
+{
+    const char* text = " state.a\t!=  b  c ";
+    const char* token[3] = {};
+    int32_t length[3] = {};
+    ASSERT_EQ(split_statement(text, static_cast<int32_t>(strlen(text)), token, length), 3);
+    EXPECT_EQ(std::string(token[0], static_cast<size_t>(length[0])), "state.a");
+    EXPECT_EQ(std::string(token[1], static_cast<size_t>(length[1])), "!=");
+    EXPECT_EQ(std::string(token[2], static_cast<size_t>(length[2])), "b  c ");
+    EXPECT_EQ(statement_operator_of(token[1], length[1]), STATEMENT_OPERATOR_DIFFERS);
+    EXPECT_EQ(statement_operator_of("<>", 2), STATEMENT_OPERATOR_UNKNOWN);
+    EXPECT_EQ(statement_operator_of("=", 1), STATEMENT_OPERATOR_SET);
+    EXPECT_EQ(statement_operator_of("==", 2), STATEMENT_OPERATOR_EQUALS);
+}
+
+TEST_F(dialogue_runtime_test, only_random_with_two_numbers_gives_bounds)
+{
+    float a = 0.0f, b = 0.0f;
+    EXPECT_TRUE(random_call_bounds("random(2, 7)", 12, &a, &b));
+    EXPECT_EQ(a, 2.0f);
+    EXPECT_EQ(b, 7.0f);
+    EXPECT_FALSE(random_call_bounds("random(2)", 9, &a, &b));
+    EXPECT_FALSE(random_call_bounds("dice(2, 7)", 10, &a, &b));
+    EXPECT_FALSE(random_call_bounds("random (2, 7)", 13, &a, &b));
+}
+
+TEST_F(dialogue_runtime_test, a_text_line_without_its_closing_quote_shows_to_the_end_of_the_entry)
+{
+    open_script("@T\nT:\n \"open {state.x\n > \"ok\":\n");
+    EXPECT_EQ(shown_text(), "open <?>");
+    const dialogue* record = registry_at<dialogue>(&dialogues, dialogue_state.current);
+    int32_t length = 0;
+    int closed = 1;
+    const char* text = dialogue_quoted_text(record, 2, &length, &closed);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(std::string(text, static_cast<size_t>(length)), "open {state.x");
+    EXPECT_EQ(closed, 0);
+    EXPECT_EQ(placeholder_end(text, 5, length), length);
+    dialogue_quoted_text(record, 3, &length, &closed);
+    EXPECT_EQ(closed, 1);
+}
+
 // ---- Opening, picking, the keys ----
 
 TEST_F(dialogue_runtime_test, start_dialogue_refuses_an_index_out_of_range)
