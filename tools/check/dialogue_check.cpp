@@ -96,6 +96,7 @@ private:
     std::vector<int32_t> walk(int32_t parent)
     {
         std::vector<int32_t> offered, otherwise;
+        bool after_condition = false;
         size_t condition_at = 0, condition_count = 0; // the last condition's answers in `offered`
         // The "else" blocks since the last condition run instead of its block: keep what offers more.
         auto settle = [&] {
@@ -120,6 +121,7 @@ private:
                 break;
             case DIALOGUE_CONDITION: {
                 settle();
+                after_condition = true;
                 std::vector<int32_t> inner = most_answers(i);
                 condition_at = offered.size();
                 condition_count = inner.size();
@@ -128,7 +130,8 @@ private:
             }
             case DIALOGUE_ELSE: {
                 std::vector<int32_t> inner = most_answers(i);
-                otherwise.insert(otherwise.end(), inner.begin(), inner.end());
+                std::vector<int32_t>* runs_with = after_condition ? &otherwise : &offered;
+                runs_with->insert(runs_with->end(), inner.begin(), inner.end());
                 break;
             }
             case DIALOGUE_JUMP: {
