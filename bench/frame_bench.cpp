@@ -9,7 +9,6 @@
 #include <benchmark/benchmark.h>
 
 #include <math.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -22,22 +21,17 @@
 #include "core/frame.h"
 #include "core/loop_state.h"
 #include "game/player.h"
+#include "shipped_game.h"
 
 namespace {
 
 using frame_clock = std::chrono::steady_clock;
 
-const int32_t WIDTH = 640;
-const int32_t HEIGHT = 480;
 const int32_t PLACEMENTS = 200;
 
 // Feet position (y points down: -4.4 is the upper floor), then yaw and pitch in degrees.
-struct waypoint {
-    float x, y, z, yaw, pitch;
-};
-
 // Doors are shut: the walk passes through their leaves into the hall, the armoury and the solar.
-const waypoint walk[] = {
+const standpoint walk[] = {
     {0.0f, 0.0f, -6.0f, 0.0f, -10.0f},   // the yard, facing the keep
     {-3.0f, 0.0f, -3.0f, 40.0f, -25.0f}, // the moon over the battlements
     {2.0f, 0.0f, 3.0f, -20.0f, 0.0f},
@@ -70,13 +64,13 @@ const waypoint walk[] = {
 const int32_t WAYPOINTS = sizeof walk / sizeof walk[0];
 
 // Placement i of PLACEMENTS, evenly spread over the walk's legs.
-waypoint placement_on_walk(int32_t i)
+standpoint placement_on_walk(int32_t i)
 {
     float along = static_cast<float>(i) * (WAYPOINTS - 1) / (PLACEMENTS - 1);
     int32_t leg = std::min(static_cast<int32_t>(along), WAYPOINTS - 2);
     float t = along - static_cast<float>(leg);
-    const waypoint& a = walk[leg];
-    const waypoint& b = walk[leg + 1];
+    const standpoint& a = walk[leg];
+    const standpoint& b = walk[leg + 1];
     auto mix = [t](float from, float to) { return from + (to - from) * t; };
     return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.yaw, b.yaw), mix(a.pitch, b.pitch)};
 }
@@ -94,30 +88,13 @@ void time_pass(frame_pass pass)
     passes.last = now;
 }
 
-std::vector<uint16_t> frame_pixels(static_cast<size_t>(WIDTH) * HEIGHT);
-
-// The game as a host starts it, from the source tree's shipped data; 1 when it started.
+// The game started with each pass of a frame timed.
 int start_game()
 {
-    static int started = -1;
-    if (started >= 0)
-        return started;
-    frame_width = WIDTH;
-    frame_height = HEIGHT;
-    color_buffer = frame_pixels.data();
-    started = chdir(GLOAMHOLD_SOURCE_DIR) == 0 && game_init();
-    debug_show_areas = 0;
+    if (!start_shipped_game())
+        return 0;
     frame_pass_ended = time_pass;
-    return started;
-}
-
-void stand_at(const waypoint& place)
-{
-    const float degrees = 0.017453292f;
-    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
-    player->position = player->previous_position = {place.x, place.y, place.z};
-    player->yaw = player->previous_yaw = place.yaw * degrees;
-    player->pitch = player->previous_pitch = place.pitch * degrees;
+    return 1;
 }
 
 double percentile(std::vector<double> values, double fraction)

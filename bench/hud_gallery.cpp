@@ -5,7 +5,6 @@
 // and the health line. Usage: gloamhold_hud_gallery OUT_DIR
 #include <stdio.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -18,25 +17,11 @@
 #include "core/loop_state.h"
 #include "game/player.h"
 #include "hosts/headless/frame_png.h"
+#include "shipped_game.h"
 #include "ui/hud.h"
 
 namespace {
 
-const int32_t WIDTH = 640;
-const int32_t HEIGHT = 480;
-
-struct standpoint {
-    float x, y, z, yaw, pitch; // feet, degrees
-};
-
-void stand_at(const standpoint& place)
-{
-    const float degrees = 0.017453292f;
-    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
-    player->position = player->previous_position = {place.x, place.y, place.z};
-    player->yaw = player->previous_yaw = place.yaw * degrees;
-    player->pitch = player->previous_pitch = place.pitch * degrees;
-}
 
 // The first dynamic object of `type` standing within half a unit of (x, z); -1 when none.
 int32_t object_near(uint8_t type, float x, float z)
@@ -90,16 +75,10 @@ int main(int argc, char** argv)
         return 2;
     }
     std::string folder = argv[1];
-    std::vector<uint16_t> pixels(static_cast<size_t>(WIDTH) * HEIGHT);
-    frame_width = WIDTH;
-    frame_height = HEIGHT;
-    color_buffer = pixels.data();
-    if (chdir(GLOAMHOLD_SOURCE_DIR) != 0 || !game_init()) {
+    if (!start_shipped_game()) {
         fprintf(stderr, "the game did not start from the shipped data\n");
         return 1;
     }
-    debug_info = 0;
-    debug_show_areas = 0;
     render_alpha = 1.0f;
     game_time = 10.0f;
     const standpoint hall = {-3.6f, 0.0f, 11.2f, 35.0f, -5.0f};

@@ -3,7 +3,6 @@
 // full view. Reports microseconds per frame of draw_item_views alone.
 #include <benchmark/benchmark.h>
 
-#include <unistd.h>
 
 #include <vector>
 
@@ -13,14 +12,10 @@
 #include "core/debug_flags.h"
 #include "core/frame.h"
 #include "core/loop_state.h"
+#include "shipped_game.h"
 #include "ui/item_views.h"
 
 namespace {
-
-const int32_t WIDTH = 640;
-const int32_t HEIGHT = 480;
-
-std::vector<uint16_t> frame_pixels(static_cast<size_t>(WIDTH) * HEIGHT);
 
 // The game as a host starts it, from the source tree's shipped data, with one frame of the great
 // hall drawn under the views; 1 when it started.
@@ -29,19 +24,10 @@ int start_game()
     static int started = -1;
     if (started >= 0)
         return started;
-    frame_width = WIDTH;
-    frame_height = HEIGHT;
-    color_buffer = frame_pixels.data();
-    started = chdir(GLOAMHOLD_SOURCE_DIR) == 0 && game_init();
+    started = start_shipped_game();
     if (!started)
         return started;
-    debug_info = 0;
-    debug_show_areas = 0;
-    const float degrees = 0.017453292f;
-    object* player = registry_at<object>(&objects, PLAYER_OBJECT);
-    player->position = player->previous_position = {-3.6f, 0.0f, 11.2f};
-    player->yaw = player->previous_yaw = 35.0f * degrees;
-    player->pitch = player->previous_pitch = -5.0f * degrees;
+    stand_at({-3.6f, 0.0f, 11.2f, 35.0f, -5.0f});
     render_alpha = 1.0f;
     game_time = 1.0f;
     game_render();

@@ -1,0 +1,17 @@
+// The game started as a host starts it, from the source tree's shipped data, drawing into a
+// 640 x 480 frame of its own: what the benchmarks and galleries that draw real frames share.
+#pragma once
+
+#include <stdint.h>
+
+enum { SHIPPED_GAME_WIDTH = 640, SHIPPED_GAME_HEIGHT = 480 };
+
+struct standpoint {
+    float x, y, z, yaw, pitch; // feet, degrees
+};
+
+// Runs game_init once in the source tree (later calls give the first result) with the debug panel
+// and the areas view switched off; 1 when the game started.
+int start_shipped_game();
+// Puts the player there, with no movement to interpolate.
+void stand_at(const standpoint& place);
