@@ -4,7 +4,8 @@
 Starts a host executable (natively, or under Wine with --wine), finds its window and checks, by
 case:
   pattern  the title shows sensible counts, the client area shows the pattern that
-           tests/e2e/pattern.h draws, scaled by SCREEN_SCALE, and Escape (mouse free) quits with 0;
+           tests/e2e/pattern.h draws, scaled by SCREEN_SCALE (each channel exactly, or within
+           --channel-tolerance), and Escape (mouse free) quits with 0;
   quit     the title shows sensible counts, the client area has the size SCREEN_SCALE gives (a
            screenshot is kept) and Escape quits with 0 (any drivers); with --reference, the
            client area must also look like the headless host's frame of the same start (the
@@ -135,7 +136,7 @@ def check_client_size(window, width, height, scale, keep_as):
     return client_width, client_height, data
 
 
-def check_pattern(window, width, height, scale, keep_as):
+def check_pattern(window, width, height, scale, keep_as, tolerance):
     client_width, client_height, data = check_client_size(window, width, height, scale, keep_as)
     step = int(scale)
     if step != scale:
@@ -147,12 +148,13 @@ def check_pattern(window, width, height, scale, keep_as):
         for x in range(client_width):
             got = tuple(row[3 * x:3 * x + 3])
             expected = pattern_rgb(x // step, y // step)
-            if got != expected:
+            if max(abs(a - b) for a, b in zip(got, expected)) > tolerance:
                 wrong.append((x, y, got, expected))
     if wrong:
         fail("%d of %d pixels differ from the pattern, first: %r" % (len(wrong), client_width * client_height, wrong[:3]))
-    print("all %d pixels of the %dx%d client area match the pattern" % (client_width * client_height,
-                                                                         client_width, client_height), flush=True)
+    print("all %d pixels of the %dx%d client area match the pattern%s"
+          % (client_width * client_height, client_width, client_height,
+             " (within %d per channel)" % tolerance if tolerance else ""), flush=True)
 
 
 def read_ppm(ppm):
@@ -265,7 +267,7 @@ def run(arguments, work):
         # A frame is drawn 60 times a second; give the first ones time to be painted.
         time.sleep(0.5)
         if arguments.case == "pattern":
-            check_pattern(window, width, height, float(arguments.scale), keep_as)
+            check_pattern(window, width, height, float(arguments.scale), keep_as, arguments.channel_tolerance)
         else:
             shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
             if reference:
@@ -291,6 +293,9 @@ def main():
     parser.add_argument("--scale", default="1.0")
     parser.add_argument("--keep", help="folder for screenshots")
     parser.add_argument("--shot-name", default="window.png")
+    parser.add_argument("--channel-tolerance", type=int, default=0,
+                        help="how far a channel of the pattern may be from (c << 3) | (c >> 2): SDL widens "
+                             "5-bit channels by its own table, which is within 1 of that")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
     parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
     arguments = parser.parse_args()

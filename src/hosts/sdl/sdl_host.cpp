@@ -13,7 +13,8 @@
 struct sdl_window {
     SDL_Window* window;
     SDL_Renderer* renderer;
-    SDL_Texture* texture;
+    SDL_Texture* texture;  // the frame buffer as it is: RGB555, bit 15 ignored
+    SDL_Texture* widened;  // the frame in the window's own format, made only when it is scaled
     client_size client;
     sdl_input input;
     int32_t capture_held;
@@ -21,28 +22,24 @@ struct sdl_window {
 
 static sdl_window shown;
 
-// The frame converted here rather than by SDL, so that it shows exactly as the saved frames do.
-static void upload_frame()
-{
-    void* pixels = nullptr;
-    int pitch = 0;
-    if (!color_buffer || SDL_LockTexture(shown.texture, nullptr, &pixels, &pitch) != 0)
-        return;
-    for (int32_t y = 0; y < frame_height; ++y) {
-        const uint16_t* source = color_buffer + static_cast<size_t>(y) * frame_width;
-        uint32_t* target = reinterpret_cast<uint32_t*>(static_cast<uint8_t*>(pixels) + static_cast<size_t>(y) * pitch);
-        for (int32_t x = 0; x < frame_width; ++x)
-            target[x] = frame_pixel_rgb888(source[x]);
-    }
-    SDL_UnlockTexture(shown.texture);
-}
-
+// SDL's software renderer draws straight into the window's shared image. It widens the pixels
+// with a table in an unscaled copy but falls back to its per-pixel general path for a copy that
+// both converts and scales; so a scaled frame is widened at its own size first and then stretched
+// in the window's format.
 static void present()
 {
-    upload_frame();
+    if (!color_buffer)
+        return;
+    SDL_UpdateTexture(shown.texture, nullptr, color_buffer, frame_width * 2);
     SDL_Rect target = {0, 0, shown.client.width, shown.client.height};
-    SDL_RenderClear(shown.renderer);
-    SDL_RenderCopy(shown.renderer, shown.texture, nullptr, &target);
+    if (shown.widened) {
+        SDL_SetRenderTarget(shown.renderer, shown.widened);
+        SDL_RenderCopy(shown.renderer, shown.texture, nullptr, nullptr);
+        SDL_SetRenderTarget(shown.renderer, nullptr);
+        SDL_RenderCopy(shown.renderer, shown.widened, nullptr, &target);
+    } else {
+        SDL_RenderCopy(shown.renderer, shown.texture, nullptr, &target);
+    }
     SDL_RenderPresent(shown.renderer);
 }
 
@@ -71,15 +68,24 @@ static int create_window()
     if (!shown.window)
         return 0;
     SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "nearest");
-    shown.renderer = SDL_CreateRenderer(shown.window, -1, 0);
+    // The window's image in the X server's shared memory, not a texture of a GL context: with no
+    // graphics card GL is drawn on the CPU, at several times the cost of these copies.
+    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+    shown.renderer = SDL_CreateRenderer(shown.window, -1, SDL_RENDERER_SOFTWARE | SDL_RENDERER_TARGETTEXTURE);
     if (!shown.renderer)
         return 0;
     frame_width = SCREEN_RESOLUTION.width;
     frame_height = SCREEN_RESOLUTION.height;
-    shown.texture = SDL_CreateTexture(shown.renderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING,
+    shown.texture = SDL_CreateTexture(shown.renderer, SDL_PIXELFORMAT_RGB555, SDL_TEXTUREACCESS_STREAMING,
                                       frame_width, frame_height);
     if (!shown.texture)
         return 0;
+    if (shown.client.width != frame_width || shown.client.height != frame_height) {
+        shown.widened = SDL_CreateTexture(shown.renderer, SDL_GetWindowPixelFormat(shown.window),
+                                          SDL_TEXTUREACCESS_TARGET, frame_width, frame_height);
+        if (!shown.widened)
+            return 0;
+    }
     color_buffer = static_cast<uint16_t*>(calloc(static_cast<size_t>(frame_width) * frame_height, 2));
     shown.input.centre = client_centre_of(shown.client);
     return 1;
