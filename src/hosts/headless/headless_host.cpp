@@ -300,12 +300,15 @@ int headless_main(int argc, const char* const* argv)
     run = headless_run{};
     headless_audio_reset();
     char error[300];
-    headless_parse_result parsed = parse_headless_arguments(argc, argv, &run.options, error, sizeof error);
+    command_line_result parsed = parse_headless_arguments(argc, argv, &run.options, error, sizeof error);
     int code = HEADLESS_EXIT_BAD_ARGUMENTS;
-    if (parsed == HEADLESS_ARGUMENTS_HELP) {
+    if (parsed == COMMAND_LINE_HELP) {
         fputs(HEADLESS_USAGE, stdout);
         code = HEADLESS_EXIT_RAN;
-    } else if (parsed == HEADLESS_ARGUMENTS_BAD) {
+    } else if (parsed == COMMAND_LINE_VERSION) {
+        command_line_print_version("gloamhold-headless");
+        code = HEADLESS_EXIT_RAN;
+    } else if (parsed == COMMAND_LINE_BAD) {
         fprintf(stderr, "gloamhold-headless: %s\n%s", error, HEADLESS_USAGE);
     } else {
         code = run_with_options();

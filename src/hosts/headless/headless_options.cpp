@@ -12,7 +12,7 @@
 
 const char* const HEADLESS_USAGE =
     "usage: gloamhold-headless [-C DIR] [--ticks N] [--script FILE] [--place X,Y,Z,YAW,PITCH]\n"
-    "                          [--shot TICK:FILE.png]... [--state FILE.json] [--audio FILE.wav]\n";
+    "                          [--shot TICK:FILE.png]... [--state FILE.json] [--audio FILE.wav] [--version]\n";
 
 // A whole decimal number from 0 to INT32_MAX, and nothing after it.
 static int parse_count(const char* text, int32_t* out)
@@ -69,68 +69,54 @@ static int parse_shot(const char* text, shot_request* shot)
     return 1;
 }
 
-static headless_parse_result fail(char* error, size_t capacity, const char* what, const char* argument)
-{
-    string_printf(error, capacity, "%s: %s", argument, what);
-    return HEADLESS_ARGUMENTS_BAD;
-}
-
-// Takes a path-like value that may appear only once.
-static int take_once(const char** slot, const char* value)
-{
-    if (*slot)
-        return 0;
-    *slot = value;
-    return 1;
-}
-
-headless_parse_result parse_headless_arguments(int argc, const char* const* argv, headless_options* options,
+command_line_result parse_headless_arguments(int argc, const char* const* argv, headless_options* options,
                                                char* error, size_t error_capacity)
 {
     memset(options, 0, sizeof *options);
     error[0] = '\0';
     options->shots = static_cast<shot_request*>(platform_heap_alloc(sizeof(shot_request) * (argc > 0 ? argc : 1)));
     if (!options->shots)
-        return fail(error, error_capacity, "out of memory", "arguments");
+        return command_line_fail(error, error_capacity, "out of memory", "arguments");
     for (int i = 1; i < argc; ++i) {
         const char* option = argv[i];
-        if (strcmp(option, "--help") == 0 || strcmp(option, "-h") == 0)
-            return HEADLESS_ARGUMENTS_HELP;
+        command_line_result stop = command_line_stop_option(option);
+        if (stop != COMMAND_LINE_OK)
+            return stop;
         int takes_value = strcmp(option, "-C") == 0 || strcmp(option, "--ticks") == 0 ||
                           strcmp(option, "--script") == 0 || strcmp(option, "--place") == 0 ||
                           strcmp(option, "--shot") == 0 || strcmp(option, "--state") == 0 ||
                           strcmp(option, "--audio") == 0;
         if (!takes_value)
-            return fail(error, error_capacity, option[0] == '-' ? "unknown option" : "unexpected argument", option);
+            return command_line_fail(error, error_capacity, option[0] == '-' ? "unknown option" : "unexpected argument", option);
         if (i + 1 >= argc)
-            return fail(error, error_capacity, "needs a value", option);
+            return command_line_fail(error, error_capacity, "needs a value", option);
         const char* value = argv[++i];
         if (value[0] == '\0')
-            return fail(error, error_capacity, "needs a value", option);
+            return command_line_fail(error, error_capacity, "needs a value", option);
         if (strcmp(option, "--ticks") == 0) {
             if (options->ticks_given)
-                return fail(error, error_capacity, "given twice", option);
+                return command_line_fail(error, error_capacity, "given twice", option);
             if (!parse_count(value, &options->ticks))
-                return fail(error, error_capacity, "expects a whole number of updates from 0", option);
+                return command_line_fail(error, error_capacity, "expects a whole number of updates from 0", option);
             options->ticks_given = 1;
         } else if (strcmp(option, "--place") == 0) {
             if (options->place_given)
-                return fail(error, error_capacity, "given twice", option);
+                return command_line_fail(error, error_capacity, "given twice", option);
             if (!parse_place(value, options->place))
-                return fail(error, error_capacity, "expects X,Y,Z,YAW,PITCH (five numbers, angles in degrees)",
+                return command_line_fail(error, error_capacity, "expects X,Y,Z,YAW,PITCH (five numbers, angles in degrees)",
                             option);
             options->place_given = 1;
         } else if (strcmp(option, "--shot") == 0) {
             if (!parse_shot(value, &options->shots[options->shot_count]))
-                return fail(error, error_capacity, "expects TICK:FILE.png", option);
+                return command_line_fail(error, error_capacity, "expects TICK:FILE.png", option);
             options->shot_count += 1;
         } else {
             const char** slot = strcmp(option, "-C") == 0          ? &options->directory
                                 : strcmp(option, "--script") == 0 ? &options->script_path
                                 : strcmp(option, "--state") == 0  ? &options->state_path
                                                                   : &options->audio_path;
-            if (!take_once(slot, value))
-                return fail(error, error_capacity, "given twice", option);
+            if (!command_line_take_once(slot, value))
+                return command_line_fail(error, error_capacity, "given twice", option);
         }
     }
     for (int32_t i = 0; options->ticks_given && i < options->shot_count; ++i) {
@@ -142,9 +128,9 @@ headless_parse_result parse_headless_arguments(int argc, const char* const* argv
         else
             string_printf(error, error_capacity, "--shot: tick %d is never reached: --ticks %d runs updates 0 to %d",
                           options->shots[i].tick, options->ticks, options->ticks - 1);
-        return HEADLESS_ARGUMENTS_BAD;
+        return COMMAND_LINE_BAD;
     }
-    return HEADLESS_ARGUMENTS_OK;
+    return COMMAND_LINE_OK;
 }
 
 void headless_options_free(headless_options* options)

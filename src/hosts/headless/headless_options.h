@@ -1,11 +1,13 @@
 // The headless host's command line:
 //   gloamhold-headless [-C DIR] [--ticks N] [--script FILE] [--place X,Y,Z,YAW,PITCH]
-//                      [--shot TICK:FILE.png]... [--state FILE.json] [--audio FILE.wav]
+//                      [--shot TICK:FILE.png]... [--state FILE.json] [--audio FILE.wav] [--version]
 // Parsed without touching any file, so that every mistake is reported before the game starts.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
+
+#include "hosts/command_line.h"
 
 struct shot_request {
     int32_t tick;     // the frame drawn right after this update
@@ -25,16 +27,10 @@ struct headless_options {
     const char* audio_path;
 };
 
-enum headless_parse_result {
-    HEADLESS_ARGUMENTS_OK,
-    HEADLESS_ARGUMENTS_HELP, // --help or -h: print the usage and stop
-    HEADLESS_ARGUMENTS_BAD,  // `error` says which argument and why
-};
-
 extern const char* const HEADLESS_USAGE;
 
 // Parses argv[1..argc-1] into `options` (which the caller releases with headless_options_free).
-headless_parse_result parse_headless_arguments(int argc, const char* const* argv, headless_options* options,
+command_line_result parse_headless_arguments(int argc, const char* const* argv, headless_options* options,
                                                char* error, size_t error_capacity);
 void headless_options_free(headless_options* options);
 

@@ -9,6 +9,7 @@
 #include "hosts/main_loop.h"
 #include "hosts/sdl/sdl_input.h"
 #include "hosts/window_layout.h"
+#include "hosts/window_options.h"
 
 struct sdl_window {
     SDL_Window* window;
@@ -129,8 +130,12 @@ static void wait_until(double due, double now)
 static const main_loop_hooks sdl_hooks = {pump_events, start_game, seconds_since_start, wait_until,
                                           {game_update, game_render, sync_mouse_capture, present, set_title}};
 
-int sdl_host_main()
+int sdl_host_main(int argc, const char* const* argv)
 {
+    window_options options;
+    int status = window_command_line(argc, argv, &options);
+    if (status != WINDOW_GO_ON)
+        return status;
     SDL_SetMainReady();
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
         return 1;

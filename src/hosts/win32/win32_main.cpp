@@ -4,11 +4,14 @@
 #include <dbghelp.h>
 #include <mfapi.h>
 #include <objbase.h>
+#include <stdio.h>
+#include <stdlib.h>
 
 #include "app/game.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "hosts/main_loop.h"
+#include "hosts/window_options.h"
 
 // Fixed size: a caption, the window menu and minimising, but no sizing border or maximising.
 static const DWORD WINDOW_STYLE = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
@@ -46,8 +49,24 @@ int start_system_services()
     return !FAILED(MFStartup(MF_VERSION, MFSTARTUP_LITE));
 }
 
+// A program of the windows subsystem starts with no console: what it prints for --version or a
+// mistake on its command line goes to the console it was started from, when there is one and the
+// output is not already redirected.
+static void use_the_parent_console()
+{
+    if (GetStdHandle(STD_OUTPUT_HANDLE) || !AttachConsole(ATTACH_PARENT_PROCESS))
+        return;
+    freopen("CONOUT$", "w", stdout);
+    freopen("CONOUT$", "w", stderr);
+}
+
 int win_main(HINSTANCE instance, HINSTANCE, LPSTR, int show_command)
 {
+    use_the_parent_console();
+    window_options options;
+    int status = window_command_line(__argc, __argv, &options);
+    if (status != WINDOW_GO_ON)
+        return status;
     SetUnhandledExceptionFilter(crash_dump_filter);
     if (!start_system_services())
         return 1;

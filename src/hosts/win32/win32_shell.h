@@ -14,7 +14,8 @@ extern BITMAPINFOHEADER frame_bitmap_info;
 extern HBITMAP frame_bitmap;
 extern HDC frame_dc;
 
-// The whole start-up, the loop and the end: 0 after the loop ends, 1 when a start-up step fails.
+// The command line (hosts/window_options.h), then the whole start-up, the loop and the end: 0 after
+// the loop ends, 1 when a start-up step fails, 2 for a mistake on the command line.
 int win_main(HINSTANCE instance, HINSTANCE previous_instance, LPSTR command_line, int show_command);
 
 // Start-up after the crash handler: COM (only S_OK counts), the imaging factory into wic_factory,
