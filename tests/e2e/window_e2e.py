@@ -7,7 +7,9 @@ case:
            tests/e2e/pattern.h draws, scaled by SCREEN_SCALE (each channel exactly, or within
            --channel-tolerance), and Escape (mouse free) quits with 0;
   quit     the title shows sensible counts, the client area has the size SCREEN_SCALE gives (a
-           screenshot is kept) and Escape quits with 0 (any drivers); with --reference, the
+           screenshot is kept) and Escape quits with 0 (any drivers; with --click-first a click
+           captures the mouse first, so the first Escape frees it and the second quits); with
+           --no-sound-device the game must also say that it plays without sound; with --reference, the
            client area must also look like the headless host's frame of the same start (the
            lights flicker on their own clocks, so most pixels, not all, must match);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
@@ -72,14 +74,14 @@ def find_window(name_pattern, process, timeout):
     return window
 
 
-def start_program(command, work, environment, wine_prefix):
+def start_program(command, work, environment, wine_prefix, errors=None):
     """Starts the program and returns it with its main window. On a loaded machine a start now and
     then never shows its window (under Wine, a desktop process stuck from an earlier run can hold
     every new program back); such a start is ended, with the whole Wine prefix, and the program
     started again."""
     attempts = 3
     for attempt in range(1, attempts + 1):
-        process = subprocess.Popen(command, cwd=work, env=environment)
+        process = subprocess.Popen(command, cwd=work, env=environment, stderr=errors)
         window = wait_for_window("^Gloamhold", process, 60)
         if window is not None:
             return process, window
@@ -206,6 +208,38 @@ def press(window, key):
     xdotool("key", "--clearmodifiers", key)
 
 
+def capture_then_free_the_mouse(window, process):
+    """A click into the window captures the mouse; Escape then only frees it, and the game plays on."""
+    xdotool("windowfocus", "--sync", window)
+    xdotool("mousemove", "--window", window, "100", "100")
+    # Held over a few updates: the game looks at the button's state once an update.
+    xdotool("mousedown", "1")
+    time.sleep(0.3)
+    xdotool("mouseup", "1")
+    time.sleep(1.0)
+    # Held as well: a press and release that arrive before the same update are never seen by it,
+    # and with the mouse captured only the update frees it.
+    xdotool("windowfocus", "--sync", window)
+    xdotool("keydown", "Escape")
+    time.sleep(0.3)
+    xdotool("keyup", "Escape")
+    time.sleep(1.0)
+    if process.poll() is not None:
+        fail("the first Escape after a click ended the program (%d): the click did not capture the mouse"
+             % process.returncode)
+    print("Escape after a click freed the mouse; the game plays on", flush=True)
+
+
+def check_told_no_sound_device(errors):
+    """The game said in one line of its own that it plays without sound (ALSA may add its own lines)."""
+    errors.seek(0)
+    said = errors.read().decode(errors="replace")
+    print("stderr: %r" % said, flush=True)
+    ours = [line for line in said.splitlines() if line.startswith("gloamhold:")]
+    if len(ours) != 1 or not re.match(r"^gloamhold: no sound device \(.*\); playing on without sound$", ours[0]):
+        fail("the game did not say in one line that it plays without sound: %r" % ours)
+
+
 def wait_exit(process, timeout, what):
     try:
         return process.wait(timeout=timeout)
@@ -235,13 +269,19 @@ def run(arguments, work):
     # Wine opens it), and SDL uses its own paced dummy device.
     environment["ALSA_CONFIG_PATH"] = os.path.join(HERE, "alsa-null.conf")
     environment.setdefault("SDL_AUDIODRIVER", "dummy")
+    errors = None
+    if arguments.no_sound_device:
+        # A machine without a sound card: ALSA knows no device, and SDL picks its driver itself.
+        environment["ALSA_CONFIG_PATH"] = os.path.join(HERE, "alsa-no-device.conf")
+        environment.pop("SDL_AUDIODRIVER", None)
+        errors = open(os.path.join(work, "stderr.txt"), "w+b")
     if wine_prefix:
         environment["GLOAMHOLD_WINEPREFIX"] = wine_prefix
     if arguments.case == "crash":
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
     reference = headless_reference(arguments.reference, work) if arguments.reference else None
-    process, window = start_program(command, work, environment, wine_prefix)
+    process, window = start_program(command, work, environment, wine_prefix, errors)
     try:
         if arguments.case == "crash":
             # The box follows a full-memory dump (about 100 MB under Wine), which a busy machine
@@ -272,11 +312,15 @@ def run(arguments, work):
             shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
             if reference:
                 check_like_reference(shot, reference)
+        if arguments.click_first:
+            capture_then_free_the_mouse(window, process)
         press(window, "Escape")
         code = wait_exit(process, 30, "after Escape")
         if code != 0:
             fail("Escape with the mouse free ended the program with %d, not 0" % code)
         print("Escape ended the program with 0", flush=True)
+        if errors:
+            check_told_no_sound_device(errors)
     finally:
         if process.poll() is None:
             process.kill()
@@ -296,6 +340,10 @@ def main():
     parser.add_argument("--channel-tolerance", type=int, default=0,
                         help="how far a channel of the pattern may be from (c << 3) | (c >> 2): SDL widens "
                              "5-bit channels by its own table, which is within 1 of that")
+    parser.add_argument("--no-sound-device", action="store_true",
+                        help="run with ALSA knowing no device and SDL_AUDIODRIVER unset; the game must say so")
+    parser.add_argument("--click-first", action="store_true",
+                        help="click into the window before quitting: two Escapes (free the mouse, quit)")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
     parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
     arguments = parser.parse_args()

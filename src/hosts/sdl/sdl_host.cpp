@@ -1,13 +1,19 @@
 #include "hosts/sdl/sdl_host.h"
 
+#include <stdio.h>
 #include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "app/game.h"
+#include "assets/registry.h"
+#include "core/diagnostics.h"
 #include "core/frame.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "hosts/main_loop.h"
 #include "hosts/sdl/sdl_input.h"
+#include "hosts/start_up_report.h"
 #include "hosts/window_layout.h"
 #include "hosts/window_options.h"
 
@@ -104,11 +110,20 @@ static int pump_events(const loop_schedule*)
 }
 
 static Uint64 clock_start;
+static int start_up_failed;
 
+// A failed start-up names what stopped it and where to look for more.
 static int start_game()
 {
-    if (!game_init())
-        return 0; // no message: the game simply quits
+    char reason[2 * DIAGNOSTIC_MESSAGE_CAPACITY];
+    if (!game_init_keeping_reason(reason, sizeof reason)) {
+        fprintf(stderr, "gloamhold: the game's start-up failed%s%s\n"
+                        "gloamhold: run gloamhold-check gloamhold_data to list every problem in the data "
+                        "(the checker ships beside the game)\n",
+                reason[0] ? ": " : "", reason);
+        start_up_failed = 1;
+        return 0;
+    }
     clock_start = SDL_GetPerformanceCounter();
     return 1;
 }
@@ -130,12 +145,49 @@ static void wait_until(double due, double now)
 static const main_loop_hooks sdl_hooks = {pump_events, start_game, seconds_since_start, wait_until,
                                           {game_update, game_render, sync_mouse_capture, present, set_title}};
 
+static int is_folder(const char* path)
+{
+    struct stat status;
+    return stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// The game reads gloamhold_data/ and settings.ini from where it works: the folder it was started
+// in or given with -C, else the folder it lies in (a player who starts it from a menu or another
+// folder). 0 with the places it looked on stderr when neither holds the data.
+static int find_data(const window_options* options)
+{
+    if (is_folder(DATA_ROOT))
+        return 1;
+    char here[4096];
+    if (!getcwd(here, sizeof here))
+        snprintf(here, sizeof here, ".");
+    if (options->directory) {
+        fprintf(stderr, "gloamhold: no %s/ in %s (given with -C)\n", DATA_ROOT, here);
+    } else {
+        char* beside = SDL_GetBasePath(); // ends with a slash
+        char data_beside[4096 + 32];
+        snprintf(data_beside, sizeof data_beside, "%s%s", beside ? beside : "", DATA_ROOT);
+        if (beside && is_folder(data_beside) && chdir(beside) == 0) {
+            SDL_free(beside);
+            return 1;
+        }
+        fprintf(stderr, "gloamhold: no %s/ in %s (where the game was started)%s%s%s\n", DATA_ROOT, here,
+                beside ? " or in " : "", beside ? beside : "", beside ? " (beside the game)" : "");
+        SDL_free(beside);
+    }
+    fprintf(stderr, "gloamhold: start the game in the folder that holds %s/, or name that folder: "
+                    "gloamhold -C DIR\n", DATA_ROOT);
+    return 0;
+}
+
 int sdl_host_main(int argc, const char* const* argv)
 {
     window_options options;
     int status = window_command_line(argc, argv, &options);
     if (status != WINDOW_GO_ON)
         return status;
+    if (!find_data(&options))
+        return SDL_EXIT_START_FAILED;
     SDL_SetMainReady();
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
         return 1;
@@ -144,5 +196,5 @@ int sdl_host_main(int argc, const char* const* argv)
         return 1;
     main_loop_run(&sdl_hooks);
     SDL_Quit();
-    return 0;
+    return start_up_failed ? SDL_EXIT_START_FAILED : 0;
 }
