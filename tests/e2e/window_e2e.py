@@ -14,6 +14,8 @@ case:
            lights flicker on their own clocks, so most pixels, not all, must match);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
            box is dismissed and the process ends.
+With --package the program is taken from a release package unpacked into an empty folder and runs
+there, on the settings and data it came with.
 Screenshots are kept under --keep for people to look at. Exit status 0 when every check passed.
 """
 
@@ -23,8 +25,10 @@ import re
 import shutil
 import subprocess
 import sys
+import tarfile
 import tempfile
 import time
+import zipfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.dont_write_bytecode = True  # nothing written into the source tree
@@ -193,6 +197,12 @@ def check_like_reference(shot, reference):
     missing textures are allowed to differ, a wrong picture is not."""
     shot_width, shot_height, shot_data = shot
     width, height, data = reference
+    if shot_width % width == 0 and shot_width // width == shot_height // height and shot_height % height == 0:
+        # A scaled window: each frame pixel's top-left screen pixel stands for it.
+        step = shot_width // width
+        shot_data = bytes(shot_data[3 * ((y * step) * shot_width + x * step) + k]
+                          for y in range(height) for x in range(width) for k in range(3))
+        shot_width, shot_height = width, height
     if (shot_width, shot_height) != (width, height):
         fail("window %dx%d, headless frame %dx%d" % (shot_width, shot_height, width, height))
     close = sum(1 for i in range(0, len(data), 3)
@@ -256,12 +266,36 @@ def wine_prefix_of(arguments):
     return arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold")
 
 
+def unpack(archive, into):
+    """Unpacks a release package into an empty folder, as a player would; the one folder it holds."""
+    if archive.endswith(".zip"):
+        with zipfile.ZipFile(archive) as packed:
+            packed.extractall(into)
+    else:
+        with tarfile.open(archive) as packed:
+            packed.extractall(into)
+    folders = os.listdir(into)
+    if len(folders) != 1 or not os.path.isdir(os.path.join(into, folders[0])):
+        fail("the package should hold one folder, not %r" % folders)
+    print("unpacked %s into %s" % (os.path.basename(archive), folders[0]), flush=True)
+    return os.path.join(into, folders[0])
+
+
 def run(arguments, work):
     width, height = (int(part) for part in arguments.resolution.split("x"))
-    if arguments.data:
-        os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
-    with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
-        settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
+    if arguments.package:
+        # The game runs from the unpacked folder, with the settings and data it came with.
+        work = unpack(arguments.package, os.path.join(work, "unpacked"))
+        arguments.exe = os.path.join(work, arguments.exe)
+        if not os.path.isfile(arguments.exe):
+            fail("the package holds no %s" % os.path.relpath(arguments.exe, work))
+        if arguments.reference and not os.path.isabs(arguments.reference):
+            arguments.reference = os.path.join(work, arguments.reference)
+    else:
+        if arguments.data:
+            os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
+        with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
+            settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
 
     environment = dict(os.environ)
     wine_prefix = wine_prefix_of(arguments)
@@ -329,7 +363,9 @@ def run(arguments, work):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--exe", required=True)
+    parser.add_argument("--exe", required=True, help="the program; with --package, its path in the package's folder")
+    parser.add_argument("--package", help="a release package (.zip or .tar.gz) to unpack into an empty folder "
+                                          "and run the program from, with the settings and data it holds")
     parser.add_argument("--wine", help="run the program through this Wine wrapper")
     parser.add_argument("--wine-prefix", help="the Wine prefix to use (made on first use)")
     parser.add_argument("--case", choices=("pattern", "quit", "crash"), required=True)
@@ -345,7 +381,8 @@ def main():
     parser.add_argument("--click-first", action="store_true",
                         help="click into the window before quitting: two Escapes (free the mouse, quit)")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
-    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
+    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show (with "
+                                            "--package, a relative path is taken in the package's folder)")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)
