@@ -19,10 +19,12 @@ struct game_run {
     std::string said; // standard error (and output)
 };
 
-// Starts the game in `folder` with SDL's silent audio driver and lets it run until it ends.
-game_run run_game_in(const std::string& folder, const std::string& arguments = "")
+// Starts the game (`program`, the built one unless named) in `folder` with SDL's silent audio
+// driver and lets it run until it ends.
+game_run run_game_in(const std::string& folder, const std::string& arguments = "",
+                     const std::string& program = GLOAMHOLD_GAME)
 {
-    std::string command = "cd '" + folder + "' && SDL_AUDIODRIVER=dummy " WITH_DISPLAY " " GLOAMHOLD_GAME " " +
+    std::string command = "cd '" + folder + "' && SDL_AUDIODRIVER=dummy " WITH_DISPLAY " '" + program + "' " +
                           arguments + " 2>&1";
     game_run run;
     FILE* pipe = popen(command.c_str(), "r");
@@ -48,7 +50,8 @@ protected:
     std::string folder;
 };
 
-TEST_F(sdl_start_up, a_broken_model_line_ends_the_game_with_3_naming_the_file_and_line)
+// A copy of the shipped data in `folder` whose armour model has a broken tenth line.
+void copy_data_with_a_broken_model_line(const std::string& folder)
 {
     fs::copy(SHIPPED_DATA, folder + "/gloamhold_data", fs::copy_options::recursive);
     std::string model = folder + "/gloamhold_data/models/armour.mdl";
@@ -58,7 +61,11 @@ TEST_F(sdl_start_up, a_broken_model_line_ends_the_game_with_3_naming_the_file_an
         tenth_line = content.find('\n', tenth_line) + 1;
     content.replace(tenth_line, content.find('\n', tenth_line) - tenth_line, "0.198 zero 0.198");
     write_file(model, content);
+}
 
+TEST_F(sdl_start_up, a_broken_model_line_ends_the_game_with_3_naming_the_file_and_line)
+{
+    copy_data_with_a_broken_model_line(folder);
     game_run run = run_game_in(folder);
     EXPECT_EQ(run.status, 3) << run.said;
     EXPECT_NE(run.said.find("gloamhold: the game's start-up failed: gloamhold_data/models/armour.mdl:10: "
@@ -78,6 +85,19 @@ TEST_F(sdl_start_up, from_a_folder_without_the_data_it_ends_with_3_saying_where_
               std::string::npos)
         << run.said;
     EXPECT_NE(run.said.find("or name that folder: gloamhold -C DIR\n"), std::string::npos) << run.said;
+}
+
+TEST_F(sdl_start_up, started_from_another_folder_it_takes_the_data_beside_it)
+{
+    // The game copied beside (broken) data, started from an empty folder: the problem it names is
+    // in the data beside it.
+    fs::create_directory(folder + "/game");
+    fs::create_directory(folder + "/elsewhere");
+    fs::copy_file(GLOAMHOLD_GAME, folder + "/game/gloamhold");
+    copy_data_with_a_broken_model_line(folder + "/game");
+    game_run run = run_game_in(folder + "/elsewhere", "", fs::absolute(folder + "/game/gloamhold").string());
+    EXPECT_EQ(run.status, 3) << run.said;
+    EXPECT_NE(run.said.find("gloamhold_data/models/armour.mdl:10: "), std::string::npos) << run.said;
 }
 
 TEST_F(sdl_start_up, a_folder_given_with_minus_c_without_the_data_is_named)
