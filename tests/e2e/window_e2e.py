@@ -294,6 +294,9 @@ def run(arguments, work):
     else:
         if arguments.data:
             os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
+        else:
+            # Test drivers load nothing, but the native game looks for its data folder first.
+            os.mkdir(os.path.join(work, "gloamhold_data"))
         with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
             settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
 
