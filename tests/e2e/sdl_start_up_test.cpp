@@ -75,6 +75,23 @@ TEST_F(sdl_start_up, a_broken_model_line_ends_the_game_with_3_naming_the_file_an
     EXPECT_NE(run.said.find("run gloamhold-check gloamhold_data"), std::string::npos) << run.said;
 }
 
+TEST_F(sdl_start_up, a_note_on_what_the_game_lets_pass_does_not_hide_the_problem_that_stopped_it)
+{
+    // The windlass, loaded before the armour, walks like stone on an unknown material: a note.
+    copy_data_with_a_broken_model_line(folder);
+    std::string windlass = folder + "/gloamhold_data/models/windlass.mdl";
+    std::string content = read_all(windlass);
+    content.replace(content.rfind("wood 10 20"), 4, "teak");
+    write_file(windlass, content);
+
+    game_run run = run_game_in(folder);
+    EXPECT_EQ(run.status, 3) << run.said;
+    EXPECT_NE(run.said.find("gloamhold: the game's start-up failed: gloamhold_data/models/armour.mdl:10: "),
+              std::string::npos)
+        << run.said;
+    EXPECT_EQ(run.said.find("teak"), std::string::npos) << run.said;
+}
+
 TEST_F(sdl_start_up, from_a_folder_without_the_data_it_ends_with_3_saying_where_it_looked_and_how_to_point_it)
 {
     game_run run = run_game_in(folder);
