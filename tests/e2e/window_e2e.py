@@ -4,13 +4,18 @@
 Starts a host executable (natively, or under Wine with --wine), finds its window and checks, by
 case:
   pattern  the title shows sensible counts, the client area shows the pattern that
-           tests/e2e/pattern.h draws, scaled by SCREEN_SCALE, and Escape (mouse free) quits with 0;
+           tests/e2e/pattern.h draws, scaled by SCREEN_SCALE (each channel exactly, or within
+           --channel-tolerance), and Escape (mouse free) quits with 0;
   quit     the title shows sensible counts, the client area has the size SCREEN_SCALE gives (a
-           screenshot is kept) and Escape quits with 0 (any drivers); with --reference, the
+           screenshot is kept) and Escape quits with 0 (any drivers; with --click-first a click
+           captures the mouse first, so the first Escape frees it and the second quits); with
+           --no-sound-device the game must also say that it plays without sound; with --reference, the
            client area must also look like the headless host's frame of the same start (the
            lights flicker on their own clocks, so most pixels, not all, must match);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
            box is dismissed and the process ends.
+With --package the program is taken from a release package unpacked into an empty folder and runs
+there, on the settings and data it came with.
 Screenshots are kept under --keep for people to look at. Exit status 0 when every check passed.
 """
 
@@ -20,8 +25,10 @@ import re
 import shutil
 import subprocess
 import sys
+import tarfile
 import tempfile
 import time
+import zipfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.dont_write_bytecode = True  # nothing written into the source tree
@@ -71,14 +78,14 @@ def find_window(name_pattern, process, timeout):
     return window
 
 
-def start_program(command, work, environment, wine_prefix):
+def start_program(command, work, environment, wine_prefix, errors=None):
     """Starts the program and returns it with its main window. On a loaded machine a start now and
     then never shows its window (under Wine, a desktop process stuck from an earlier run can hold
     every new program back); such a start is ended, with the whole Wine prefix, and the program
     started again."""
     attempts = 3
     for attempt in range(1, attempts + 1):
-        process = subprocess.Popen(command, cwd=work, env=environment)
+        process = subprocess.Popen(command, cwd=work, env=environment, stderr=errors)
         window = wait_for_window("^Gloamhold", process, 60)
         if window is not None:
             return process, window
@@ -135,7 +142,7 @@ def check_client_size(window, width, height, scale, keep_as):
     return client_width, client_height, data
 
 
-def check_pattern(window, width, height, scale, keep_as):
+def check_pattern(window, width, height, scale, keep_as, tolerance):
     client_width, client_height, data = check_client_size(window, width, height, scale, keep_as)
     step = int(scale)
     if step != scale:
@@ -147,12 +154,13 @@ def check_pattern(window, width, height, scale, keep_as):
         for x in range(client_width):
             got = tuple(row[3 * x:3 * x + 3])
             expected = pattern_rgb(x // step, y // step)
-            if got != expected:
+            if max(abs(a - b) for a, b in zip(got, expected)) > tolerance:
                 wrong.append((x, y, got, expected))
     if wrong:
         fail("%d of %d pixels differ from the pattern, first: %r" % (len(wrong), client_width * client_height, wrong[:3]))
-    print("all %d pixels of the %dx%d client area match the pattern" % (client_width * client_height,
-                                                                         client_width, client_height), flush=True)
+    print("all %d pixels of the %dx%d client area match the pattern%s"
+          % (client_width * client_height, client_width, client_height,
+             " (within %d per channel)" % tolerance if tolerance else ""), flush=True)
 
 
 def read_ppm(ppm):
@@ -189,6 +197,12 @@ def check_like_reference(shot, reference):
     missing textures are allowed to differ, a wrong picture is not."""
     shot_width, shot_height, shot_data = shot
     width, height, data = reference
+    if shot_width % width == 0 and shot_width // width == shot_height // height and shot_height % height == 0:
+        # A scaled window: each frame pixel's top-left screen pixel stands for it.
+        step = shot_width // width
+        shot_data = bytes(shot_data[3 * ((y * step) * shot_width + x * step) + k]
+                          for y in range(height) for x in range(width) for k in range(3))
+        shot_width, shot_height = width, height
     if (shot_width, shot_height) != (width, height):
         fail("window %dx%d, headless frame %dx%d" % (shot_width, shot_height, width, height))
     close = sum(1 for i in range(0, len(data), 3)
@@ -202,6 +216,38 @@ def check_like_reference(shot, reference):
 def press(window, key):
     xdotool("windowfocus", "--sync", window)
     xdotool("key", "--clearmodifiers", key)
+
+
+def capture_then_free_the_mouse(window, process):
+    """A click into the window captures the mouse; Escape then only frees it, and the game plays on."""
+    xdotool("windowfocus", "--sync", window)
+    xdotool("mousemove", "--window", window, "100", "100")
+    # Held over a few updates: the game looks at the button's state once an update.
+    xdotool("mousedown", "1")
+    time.sleep(0.3)
+    xdotool("mouseup", "1")
+    time.sleep(1.0)
+    # Held as well: a press and release that arrive before the same update are never seen by it,
+    # and with the mouse captured only the update frees it.
+    xdotool("windowfocus", "--sync", window)
+    xdotool("keydown", "Escape")
+    time.sleep(0.3)
+    xdotool("keyup", "Escape")
+    time.sleep(1.0)
+    if process.poll() is not None:
+        fail("the first Escape after a click ended the program (%d): the click did not capture the mouse"
+             % process.returncode)
+    print("Escape after a click freed the mouse; the game plays on", flush=True)
+
+
+def check_told_no_sound_device(errors):
+    """The game said in one line of its own that it plays without sound (ALSA may add its own lines)."""
+    errors.seek(0)
+    said = errors.read().decode(errors="replace")
+    print("stderr: %r" % said, flush=True)
+    ours = [line for line in said.splitlines() if line.startswith("gloamhold:")]
+    if len(ours) != 1 or not re.match(r"^gloamhold: no sound device \(.*\); playing on without sound$", ours[0]):
+        fail("the game did not say in one line that it plays without sound: %r" % ours)
 
 
 def wait_exit(process, timeout, what):
@@ -220,12 +266,39 @@ def wine_prefix_of(arguments):
     return arguments.wine_prefix or os.path.expanduser("~/.wine-gloamhold")
 
 
+def unpack(archive, into):
+    """Unpacks a release package into an empty folder, as a player would; the one folder it holds."""
+    if archive.endswith(".zip"):
+        with zipfile.ZipFile(archive) as packed:
+            packed.extractall(into)
+    else:
+        with tarfile.open(archive) as packed:
+            packed.extractall(into)
+    folders = os.listdir(into)
+    if len(folders) != 1 or not os.path.isdir(os.path.join(into, folders[0])):
+        fail("the package should hold one folder, not %r" % folders)
+    print("unpacked %s into %s" % (os.path.basename(archive), folders[0]), flush=True)
+    return os.path.join(into, folders[0])
+
+
 def run(arguments, work):
     width, height = (int(part) for part in arguments.resolution.split("x"))
-    if arguments.data:
-        os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
-    with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
-        settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
+    if arguments.package:
+        # The game runs from the unpacked folder, with the settings and data it came with.
+        work = unpack(arguments.package, os.path.join(work, "unpacked"))
+        arguments.exe = os.path.join(work, arguments.exe)
+        if not os.path.isfile(arguments.exe):
+            fail("the package holds no %s" % os.path.relpath(arguments.exe, work))
+        if arguments.reference and not os.path.isabs(arguments.reference):
+            arguments.reference = os.path.join(work, arguments.reference)
+    else:
+        if arguments.data:
+            os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
+        else:
+            # Test drivers load nothing, but the native game looks for its data folder first.
+            os.mkdir(os.path.join(work, "gloamhold_data"))
+        with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
+            settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
 
     environment = dict(os.environ)
     wine_prefix = wine_prefix_of(arguments)
@@ -233,13 +306,19 @@ def run(arguments, work):
     # Wine opens it), and SDL uses its own paced dummy device.
     environment["ALSA_CONFIG_PATH"] = os.path.join(HERE, "alsa-null.conf")
     environment.setdefault("SDL_AUDIODRIVER", "dummy")
+    errors = None
+    if arguments.no_sound_device:
+        # A machine without a sound card: ALSA knows no device, and SDL picks its driver itself.
+        environment["ALSA_CONFIG_PATH"] = os.path.join(HERE, "alsa-no-device.conf")
+        environment.pop("SDL_AUDIODRIVER", None)
+        errors = open(os.path.join(work, "stderr.txt"), "w+b")
     if wine_prefix:
         environment["GLOAMHOLD_WINEPREFIX"] = wine_prefix
     if arguments.case == "crash":
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
     reference = headless_reference(arguments.reference, work) if arguments.reference else None
-    process, window = start_program(command, work, environment, wine_prefix)
+    process, window = start_program(command, work, environment, wine_prefix, errors)
     try:
         if arguments.case == "crash":
             # The box follows a full-memory dump (about 100 MB under Wine), which a busy machine
@@ -265,16 +344,20 @@ def run(arguments, work):
         # A frame is drawn 60 times a second; give the first ones time to be painted.
         time.sleep(0.5)
         if arguments.case == "pattern":
-            check_pattern(window, width, height, float(arguments.scale), keep_as)
+            check_pattern(window, width, height, float(arguments.scale), keep_as, arguments.channel_tolerance)
         else:
             shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
             if reference:
                 check_like_reference(shot, reference)
+        if arguments.click_first:
+            capture_then_free_the_mouse(window, process)
         press(window, "Escape")
         code = wait_exit(process, 30, "after Escape")
         if code != 0:
             fail("Escape with the mouse free ended the program with %d, not 0" % code)
         print("Escape ended the program with 0", flush=True)
+        if errors:
+            check_told_no_sound_device(errors)
     finally:
         if process.poll() is None:
             process.kill()
@@ -283,7 +366,9 @@ def run(arguments, work):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--exe", required=True)
+    parser.add_argument("--exe", required=True, help="the program; with --package, its path in the package's folder")
+    parser.add_argument("--package", help="a release package (.zip or .tar.gz) to unpack into an empty folder "
+                                          "and run the program from, with the settings and data it holds")
     parser.add_argument("--wine", help="run the program through this Wine wrapper")
     parser.add_argument("--wine-prefix", help="the Wine prefix to use (made on first use)")
     parser.add_argument("--case", choices=("pattern", "quit", "crash"), required=True)
@@ -291,8 +376,16 @@ def main():
     parser.add_argument("--scale", default="1.0")
     parser.add_argument("--keep", help="folder for screenshots")
     parser.add_argument("--shot-name", default="window.png")
+    parser.add_argument("--channel-tolerance", type=int, default=0,
+                        help="how far a channel of the pattern may be from (c << 3) | (c >> 2): SDL widens "
+                             "5-bit channels by its own table, which is within 1 of that")
+    parser.add_argument("--no-sound-device", action="store_true",
+                        help="run with ALSA knowing no device and SDL_AUDIODRIVER unset; the game must say so")
+    parser.add_argument("--click-first", action="store_true",
+                        help="click into the window before quitting: two Escapes (free the mouse, quit)")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
-    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
+    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show (with "
+                                            "--package, a relative path is taken in the package's folder)")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)

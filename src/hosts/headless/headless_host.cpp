@@ -18,6 +18,7 @@
 #include "hosts/headless/headless_state.h"
 #include "hosts/headless/input_script.h"
 #include "hosts/main_loop.h"
+#include "hosts/start_up_report.h"
 #include "hosts/window_layout.h"
 
 struct headless_run {
@@ -208,17 +209,6 @@ static int finish_outputs(FILE* state, FILE* audio)
     return run.output_failed ? HEADLESS_EXIT_OUTPUT_FAILED : HEADLESS_EXIT_RAN;
 }
 
-// What the start-up reported last: the step that stops it says why just before it fails.
-static char start_up_problem[2 * DIAGNOSTIC_MESSAGE_CAPACITY];
-
-static void keep_start_up_problem(const char* file, int32_t line, const char* message)
-{
-    if (line > 0)
-        snprintf(start_up_problem, sizeof start_up_problem, "%s:%d: %s", file, static_cast<int>(line), message);
-    else
-        snprintf(start_up_problem, sizeof start_up_problem, "%s: %s", file, message);
-}
-
 static int start_and_run(FILE* state, FILE* audio)
 {
     if (run.options.directory && chdir(run.options.directory) != 0) {
@@ -240,10 +230,8 @@ static int start_and_run(FILE* state, FILE* audio)
         requested_start_placement.pitch = run.options.place[4];
     }
     headless_audio_log_sounds(0);
-    diagnostics = keep_start_up_problem;
-    int started = game_init();
-    diagnostics = nullptr; // the running game stays silent
-    if (!started) {
+    char start_up_problem[2 * DIAGNOSTIC_MESSAGE_CAPACITY];
+    if (!game_init_keeping_reason(start_up_problem, sizeof start_up_problem)) {
         fprintf(stderr, "gloamhold-headless: the game's start-up failed%s%s\n", start_up_problem[0] ? ": " : "",
                 start_up_problem);
         return HEADLESS_EXIT_START_FAILED;
