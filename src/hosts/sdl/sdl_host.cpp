@@ -10,6 +10,7 @@
 #include "hosts/sdl/sdl_input.h"
 #include "hosts/window_layout.h"
 #include "hosts/window_options.h"
+#include "hosts/window_session.h"
 
 struct sdl_window {
     SDL_Window* window;
@@ -40,6 +41,7 @@ static void upload_frame()
 
 static void present()
 {
+    window_session_frame_drawn();
     upload_frame();
     SDL_Rect target = {0, 0, shown.client.width, shown.client.height};
     SDL_RenderClear(shown.renderer);
@@ -49,6 +51,7 @@ static void present()
 
 static void sync_mouse_capture()
 {
+    window_session_sync_capture();
     int32_t wanted = mouse_captured != 0;
     if (wanted == shown.capture_held)
         return;
@@ -94,7 +97,7 @@ static int pump_events(const loop_schedule*)
         if (shown.input.window_closed)
             return 0;
     }
-    return 1;
+    return !window_session_closed();
 }
 
 static Uint64 clock_start;
@@ -121,8 +124,9 @@ static void wait_until(double due, double now)
         SDL_WaitEventTimeout(nullptr, static_cast<int>(milliseconds));
 }
 
-static const main_loop_hooks sdl_hooks = {pump_events, start_game, seconds_since_start, wait_until,
-                                          {game_update, game_render, sync_mouse_capture, present, set_title}};
+static const main_loop_hooks sdl_hooks = {
+    pump_events, start_game, seconds_since_start, wait_until,
+    {window_session_update, game_render, sync_mouse_capture, present, set_title}, window_session_before_pass};
 
 int sdl_host_main(int argc, const char* const* argv)
 {
@@ -134,9 +138,13 @@ int sdl_host_main(int argc, const char* const* argv)
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
         return 1;
     load_settings("settings.ini");
+    if (!window_session_open(&options))
+        return 2;
     if (!create_window())
         return 1;
     main_loop_run(&sdl_hooks);
+    int finished = window_session_finish();
     SDL_Quit();
-    return 0;
+    window_options_free(&options);
+    return finished ? 0 : 1;
 }
