@@ -8,6 +8,7 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
+#include "hosts/input.h"
 #include "hosts/input_record.h"
 #include "hosts/screenshots.h"
 #include "hosts/state_file.h"
@@ -75,9 +76,13 @@ void window_session_frame_drawn()
         fprintf(stderr, "gloamhold: the screenshot could not be saved\n");
 }
 
+// Not recorded: a replay's own virtual cursor goes to the centre at the same moment.
 void window_session_sync_capture()
 {
+    void (*listener)(const script_event&) = input_listener;
+    input_listener = nullptr;
     scripted_input_sync_capture(&session.input);
+    input_listener = listener;
 }
 
 void window_session_before_pass(double now)

@@ -47,8 +47,20 @@ static void deliver_events_of(int32_t tick)
         scripted_input_deliver(&run.input, run.script.events[run.next_event++]);
 }
 
+// In a replay, the lines written during a pass, just before one of its updates: a windowed game
+// delivers a script's events inside the update, so that they come just before it however many
+// updates the pass runs.
+static void deliver_replayed_events_of_this_update()
+{
+    while (run.next_event < run.script.count && run.script.events[run.next_event].tick == run.updates_run &&
+           run.script.events[run.next_event].kind != SCRIPT_TIME && !run.input.window_closed)
+        scripted_input_deliver(&run.input, run.script.events[run.next_event++]);
+}
+
 static void headless_update()
 {
+    if (run.replaying)
+        deliver_replayed_events_of_this_update();
     headless_audio_log_sounds(run.updates_run);
     game_update();
     run.updates_run += 1;
