@@ -21,6 +21,7 @@ Screenshots are kept under --keep for people to look at. Exit status 0 when ever
 """
 
 import argparse
+import ctypes
 import json
 import os
 import re
@@ -41,6 +42,27 @@ TITLE = re.compile(r"^Gloamhold \(FPS: (\d+), UPS: (\d+)\)$")
 def fail(message):
     print("FAIL: " + message, flush=True)
     sys.exit(1)
+
+
+def park_pointer():
+    """Moves the pointer to the screen's top-left corner, away from where a window opens. Through
+    Xlib itself (this xdotool cannot move the pointer while no window is open), on a connection kept
+    open for the rest of the run: Xvfb resets, pointer and all, when its last client leaves."""
+    xlib = ctypes.CDLL("libX11.so.6")
+    xlib.XOpenDisplay.restype = ctypes.c_void_p
+    xlib.XDefaultRootWindow.restype = ctypes.c_ulong
+    xlib.XDefaultRootWindow.argtypes = [ctypes.c_void_p]
+    xlib.XWarpPointer.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_ulong, ctypes.c_int, ctypes.c_int,
+                                  ctypes.c_uint, ctypes.c_uint, ctypes.c_int, ctypes.c_int]
+    xlib.XSync.argtypes = [ctypes.c_void_p, ctypes.c_int]
+    display = xlib.XOpenDisplay(None)
+    if not display:
+        fail("cannot open the display to move the pointer")
+    xlib.XWarpPointer(display, 0, xlib.XDefaultRootWindow(display), 0, 0, 0, 0, 0, 0)
+    xlib.XSync(display, 0)
+    if not xdotool("getmouselocation").startswith("x:0 y:0 "):
+        fail("the pointer could not be moved out of the way")
+    return display  # closed with the display itself
 
 
 def xdotool(*arguments):
@@ -319,6 +341,10 @@ def run(arguments, work):
                 with open(part) as text:
                     route.write(text.read())
         command += ["--script", script]
+    if arguments.case == "script":
+        # The pointer away from where the window opens: a window that appears under it is told of
+        # it, and the scripted click that captures the mouse would turn the view by that much.
+        pointer_connection = park_pointer()  # noqa: F841 (held open while the program runs)
     reference = None
     if arguments.reference and arguments.case in ("quit", "script"):
         reference = headless_reference(arguments.reference, work, script if arguments.case == "script" else None,
