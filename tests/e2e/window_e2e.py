@@ -267,6 +267,23 @@ def play_a_little(window):
     hold(window, "Escape")  # quits
 
 
+def check_f12_screenshot(window, work, shown):
+    """F12 saves the next frame as screenshots/gloamhold-0001.png in the game's folder: the frame
+    buffer itself, which at scale 1 must look like the window."""
+    saved = os.path.join(work, "screenshots", "gloamhold-0001.png")
+    hold(window, "F12")
+    deadline = time.monotonic() + 20
+    while not os.path.exists(saved) and time.monotonic() < deadline:
+        time.sleep(0.2)
+    time.sleep(0.5)  # written whole
+    if not os.path.exists(saved):
+        fail("F12 wrote no screenshots/gloamhold-0001.png")
+    ppm = subprocess.run(["convert", saved, "-depth", "8", "ppm:-"], capture_output=True, check=True,
+                         timeout=60).stdout
+    check_like_reference(read_ppm(ppm), shown)
+    print("F12 saved %s" % os.path.relpath(saved, work), flush=True)
+
+
 def player_of(path):
     with open(path) as state:
         player = json.load(state)["player"]
@@ -390,6 +407,8 @@ def run(arguments, work):
             shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
             if reference:
                 check_like_reference(shot, reference)
+            if arguments.screenshot:
+                check_f12_screenshot(window, work, shot)
         hold(window, "Escape") if arguments.case == "script" else press(window, "Escape")
         if arguments.case == "script":
             try:  # a script that left the mouse captured: the first Escape only freed it
@@ -420,6 +439,8 @@ def main():
     parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show (or which replays the recording)")
     parser.add_argument("--script", action="append", default=[],
                         help="script files, played one after the other (case script)")
+    parser.add_argument("--screenshot", action="store_true",
+                        help="F12 must save the frame shown as screenshots/gloamhold-0001.png")
     parser.add_argument("--ticks", type=int, default=20,
                         help="updates the headless reference runs; its last frame is compared")
     arguments = parser.parse_args()
