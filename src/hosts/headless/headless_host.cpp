@@ -13,11 +13,11 @@
 #include "core/settings.h"
 #include "hosts/frame_png.h"
 #include "hosts/headless/headless_audio.h"
-#include "hosts/scripted_input.h"
 #include "hosts/headless/headless_options.h"
-#include "hosts/state_file.h"
 #include "hosts/input_script.h"
 #include "hosts/main_loop.h"
+#include "hosts/scripted_input.h"
+#include "hosts/state_file.h"
 #include "hosts/window_layout.h"
 
 struct headless_run {
