@@ -1,6 +1,7 @@
 #include "hosts/input_record.h"
 
 #include "app/version.h"
+#include "core/key_codes.h"
 #include "core/settings.h"
 #include "core/text.h"
 #include "hosts/input.h"
@@ -48,7 +49,7 @@ static void write_line(const script_event& event)
 
 void input_record_start(FILE* file)
 {
-    recording = input_recording{file, 0, 0};
+    recording = input_recording{file, 0, 0, {}};
     fprintf(file,
             "# gloamhold %s: recorded play, replayed by gloamhold-headless --script with the same settings\n"
             "# FPS=%d UPS=%d SCREEN_RESOLUTION=%dx%d SCREEN_SCALE=%g MOUSE_SENSITIVITY_X=%g "
@@ -61,8 +62,34 @@ void input_record_start(FILE* file)
     input_listener = input_record_event;
 }
 
+static int is_mouse_button(int32_t code)
+{
+    return code == KEYCODE_LBUTTON || code == KEYCODE_RBUTTON || code == KEYCODE_MBUTTON;
+}
+
+// A replay tells a repeat from a new press by its virtual keyboard. A key whose release the window
+// never saw (it went up in another window) is still down there, and its next press would be taken
+// for a repeat and ignored; so the press is written after an "up", which leaves the key pressed as
+// the live game has it.
+static void keep_presses_new(const script_event& event)
+{
+    uint32_t code = static_cast<uint32_t>(event.a) & 0xFF;
+    if (event.kind == SCRIPT_KEY_UP) {
+        recording.held[code] = 0;
+        return;
+    }
+    if (event.kind != SCRIPT_KEY_DOWN || is_mouse_button(event.a))
+        return;
+    int repeat = recording.held[code];
+    recording.held[code] = 1;
+    int system = input_key_is_system(code, recording.held[KEYCODE_ALT], recording.held[KEYCODE_CTRL]);
+    if (repeat && !system) // system keys are pressed again by every repeat anyway
+        write_line(script_event{recording.tick, SCRIPT_KEY_UP, event.a, 0, 0.0});
+}
+
 void input_record_event(const script_event& event)
 {
+    keep_presses_new(event);
     write_line(event);
 }
 

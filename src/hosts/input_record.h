@@ -14,6 +14,7 @@ struct input_recording {
     FILE* file;       // null when not recording
     int32_t tick;     // updates run so far: the key of the next line
     int32_t failed;   // a line could not be written
+    uint8_t held[256]; // the keys a replay's virtual keyboard holds down after the lines so far
 };
 
 extern input_recording recording;

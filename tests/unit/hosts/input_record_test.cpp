@@ -10,6 +10,7 @@
 #include "hosts/input.h"
 #include "hosts/input_record.h"
 #include "hosts/input_script.h"
+#include "hosts/scripted_input.h"
 #include "support/temp_files.h"
 
 namespace {
@@ -181,4 +182,26 @@ TEST_F(input_record_test, nothing_is_heard_once_the_recording_has_finished)
     EXPECT_EQ(input_listener, nullptr);
     input_key_down('W', 0, no_close);
     EXPECT_EQ(events(), "0 quit\n");
+}
+
+TEST_F(input_record_test, a_press_after_a_release_the_window_never_saw_is_written_after_an_up)
+{
+    start();
+    input_key_down('E', 0, no_close);
+    input_record_update_ran();
+    // E went up in another window; pressed again here, it is a new press, not a repeat.
+    input_key_down('E', 0, no_close);
+    input_record_finish();
+    EXPECT_EQ(events(), "0 down E\n1 up E\n1 down E\n1 quit\n");
+    input_script script = parsed(read_all(path));
+    scripted_input replay;
+    scripted_input_start(&replay, client_size{640, 480});
+    memset(key_state, 0, sizeof key_state);
+    for (int32_t i = 0; i < script.count; ++i) {
+        if (i > 0 && script.events[i].tick > script.events[i - 1].tick)
+            promote_pressed_keys(); // an update ran in between
+        scripted_input_deliver(&replay, script.events[i]);
+    }
+    EXPECT_EQ(key_state['E'], KEY_PRESSED) << "the replay sees the second press as a press, not as held";
+    input_script_free(&script);
 }
