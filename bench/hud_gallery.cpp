@@ -16,7 +16,7 @@
 #include "core/frame.h"
 #include "core/loop_state.h"
 #include "game/player.h"
-#include "hosts/headless/frame_png.h"
+#include "hosts/frame_png.h"
 #include "shipped_game.h"
 #include "ui/hud.h"
 

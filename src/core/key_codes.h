@@ -42,6 +42,7 @@ enum key_code {
     KEYCODE_F1 = 0x70, // F1 to F24 follow in order
     KEYCODE_F10 = 0x79,
     KEYCODE_F11 = 0x7A,
+    KEYCODE_F12 = 0x7B, // no game key: the windowed games save a screenshot
     KEYCODE_NUM_LOCK = 0x90,
     KEYCODE_SCROLL_LOCK = 0x91,
     KEYCODE_SEMICOLON = 0xBA,

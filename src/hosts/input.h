@@ -5,7 +5,13 @@
 
 #include <stdint.h>
 
+#include "hosts/input_script.h"
 #include "hosts/window_layout.h"
+
+// Hears every event that reaches the rules below, as the script line that would deliver it (a key
+// down that is an ignored repeat, or a code the rules ignore, is not heard); null when nobody
+// listens. The recorder of a windowed game listens here.
+extern void (*input_listener)(const script_event& event);
 
 // A key went down (the window's key-down message). `repeat`: the key was already down, an
 // auto-repeat, which changes nothing. Escape while the mouse is free calls `close_window` (the game

@@ -15,7 +15,10 @@ void main_loop_run(const main_loop_hooks* hooks)
                 return;
             started = 1;
         }
-        schedule_run(&schedule, hooks->clock(), &hooks->pass);
+        double now = hooks->clock();
+        if (hooks->before_pass && now >= schedule_next_due(&schedule))
+            hooks->before_pass(now);
+        schedule_run(&schedule, now, &hooks->pass);
         hooks->wait_until(schedule_next_due(&schedule), hooks->clock());
     }
 }

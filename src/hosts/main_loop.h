@@ -21,6 +21,9 @@ struct main_loop_hooks {
     void (*wait_until)(double due, double now);
     // What the schedule calls: updates, frames, the mouse capture, presenting and the title.
     loop_hooks pass;
+    // Before every pass that has something to do (an update, a frame or the title is due), with the
+    // clock's time the pass runs at; null when not wanted. A recording notes the time here.
+    void (*before_pass)(double now);
 };
 
 // Runs the loop at UPS updates and FPS frames a second until pump_input or start says to end.

@@ -13,13 +13,21 @@ case:
            client area must also look like the headless host's frame of the same start (the
            lights flicker on their own clocks, so most pixels, not all, must match);
   crash    the drivers fault, "crash.dmp" is written and the "Crash" message box appears; the
-           box is dismissed and the process ends.
+           box is dismissed and the process ends;
+  record   the game is played with --record and --state (a click captures the mouse, W walks,
+           the mouse turns the view, Escape frees the mouse and Escape quits); the recording is
+           replayed by the headless host (--reference) and its state must hold the same player
+           position and yaw;
+  script   the game plays --script FILE; once the script's last update has long passed, the
+           window must show the headless host's frame after the same script (--reference).
 With --package the program is taken from a release package unpacked into an empty folder and runs
 there, on the settings and data it came with.
 Screenshots are kept under --keep for people to look at. Exit status 0 when every check passed.
 """
 
 import argparse
+import ctypes
+import json
 import os
 import re
 import shutil
@@ -41,6 +49,27 @@ TITLE = re.compile(r"^Gloamhold \(FPS: (\d+), UPS: (\d+)\)$")
 def fail(message):
     print("FAIL: " + message, flush=True)
     sys.exit(1)
+
+
+def park_pointer():
+    """Moves the pointer to the screen's top-left corner, away from where a window opens. Through
+    Xlib itself (this xdotool cannot move the pointer while no window is open), on a connection kept
+    open for the rest of the run: Xvfb resets, pointer and all, when its last client leaves."""
+    xlib = ctypes.CDLL("libX11.so.6")
+    xlib.XOpenDisplay.restype = ctypes.c_void_p
+    xlib.XDefaultRootWindow.restype = ctypes.c_ulong
+    xlib.XDefaultRootWindow.argtypes = [ctypes.c_void_p]
+    xlib.XWarpPointer.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_ulong, ctypes.c_int, ctypes.c_int,
+                                  ctypes.c_uint, ctypes.c_uint, ctypes.c_int, ctypes.c_int]
+    xlib.XSync.argtypes = [ctypes.c_void_p, ctypes.c_int]
+    display = xlib.XOpenDisplay(None)
+    if not display:
+        fail("cannot open the display to move the pointer")
+    xlib.XWarpPointer(display, 0, xlib.XDefaultRootWindow(display), 0, 0, 0, 0, 0, 0)
+    xlib.XSync(display, 0)
+    if not xdotool("getmouselocation").startswith("x:0 y:0 "):
+        fail("the pointer could not be moved out of the way")
+    return display  # closed with the display itself
 
 
 def xdotool(*arguments):
@@ -183,10 +212,14 @@ def read_ppm(ppm):
     return int(fields[1]), int(fields[2]), ppm[at + 1:]
 
 
-def headless_reference(program, work):
-    """The frame the headless host draws after a short run from the same start, as rgb rows."""
+def headless_reference(program, work, script=None, ticks=20):
+    """The frame the headless host draws after a short run from the same start (or at the end of
+    the script's run), as rgb rows."""
     shot = os.path.join(work, "reference.png")
-    subprocess.run([program, "-C", work, "--ticks", "20", "--shot", "19:" + shot], check=True, timeout=60)
+    command = [program, "-C", work, "--ticks", str(ticks), "--shot", "%d:%s" % (ticks - 1, shot)]
+    if script:
+        command += ["--script", script]
+    subprocess.run(command, check=True, timeout=120)
     ppm = subprocess.run(["convert", shot, "-depth", "8", "ppm:-"], capture_output=True, check=True,
                          timeout=60).stdout
     return read_ppm(ppm)
@@ -218,6 +251,83 @@ def press(window, key):
     xdotool("key", "--clearmodifiers", key)
 
 
+def hold(window, key, seconds=0.15):
+    """A key held long enough for an update to see it: the game reads keys once an update, and a
+    press and release between two updates is never seen."""
+    xdotool("windowfocus", "--sync", window)
+    xdotool("keydown", key)
+    time.sleep(seconds)
+    xdotool("keyup", key)
+
+
+def play_a_little(window):
+    """A short session by hand: a click into the window captures the mouse, then W walks while the
+    mouse turns the view right and down and back, and two Escapes free the mouse and quit."""
+    xdotool("windowfocus", "--sync", window)
+    xdotool("mousemove", "--window", window, "200", "150")
+    xdotool("mousedown", "1")  # held over an update, or the game never sees the click
+    time.sleep(0.1)
+    xdotool("mouseup", "1")
+    time.sleep(0.5)
+    xdotool("keydown", "w")
+    for step in range(12):
+        xdotool("mousemove_relative", "--", "17" if step < 8 else "-9", "3" if step % 2 else "-2")
+        time.sleep(0.08)
+    xdotool("keyup", "w")
+    hold(window, "d", 0.4)
+    time.sleep(0.3)
+    hold(window, "Escape")  # frees the mouse
+    time.sleep(0.3)
+    hold(window, "Escape")  # quits
+
+
+def check_f12_screenshot(window, work, shown):
+    """F12 saves the next frame as screenshots/gloamhold-0001.png in the game's folder: the frame
+    buffer itself, which at scale 1 must look like the window."""
+    saved = os.path.join(work, "screenshots", "gloamhold-0001.png")
+    hold(window, "F12")
+    deadline = time.monotonic() + 20
+    while not os.path.exists(saved) and time.monotonic() < deadline:
+        time.sleep(0.2)
+    time.sleep(0.5)  # written whole
+    if not os.path.exists(saved):
+        fail("F12 wrote no screenshots/gloamhold-0001.png")
+    ppm = subprocess.run(["convert", saved, "-depth", "8", "ppm:-"], capture_output=True, check=True,
+                         timeout=60).stdout
+    check_like_reference(read_ppm(ppm), shown)
+    print("F12 saved %s" % os.path.relpath(saved, work), flush=True)
+
+
+def player_of(path):
+    with open(path) as state:
+        player = json.load(state)["player"]
+    return player["position"], player["yaw"]
+
+
+def check_replay(headless, work, recorded_state):
+    """The recording replayed headless reaches the state the live game quit with."""
+    replayed_state = os.path.join(work, "replayed.json")
+    subprocess.run([headless, "-C", work, "--script", os.path.join(work, "session.txt"),
+                    "--state", replayed_state], check=True, timeout=120)
+    with open(recorded_state) as state:
+        live = json.load(state)
+    with open(replayed_state) as state:
+        replayed = json.load(state)
+    (position, yaw), (replayed_position, replayed_yaw) = player_of(recorded_state), player_of(replayed_state)
+    print("live: tick %d, position %r, yaw %r; replayed: tick %d, position %r, yaw %r"
+          % (live["tick"], position, yaw, replayed["tick"], replayed_position, replayed_yaw), flush=True)
+    if live["tick"] != replayed["tick"] or live["frames"] != replayed["frames"]:
+        fail("the replay ran %d updates and %d frames, the live game %d and %d"
+             % (replayed["tick"], replayed["frames"], live["tick"], live["frames"]))
+    if abs(yaw) < 0.01 or abs(position[2]) < 0.1:
+        fail("the session neither turned nor walked: nothing was recorded")
+    for live_value, replayed_value in zip(position + [yaw], replayed_position + [replayed_yaw]):
+        if abs(live_value - replayed_value) > 1e-5:
+            fail("the replay ends at %r, yaw %r; the live game at %r, yaw %r"
+                 % (replayed_position, replayed_yaw, position, yaw))
+    print("the replay reaches the live game's position and yaw", flush=True)
+
+
 def capture_then_free_the_mouse(window, process):
     """A click into the window captures the mouse; Escape then only frees it, and the game plays on."""
     xdotool("windowfocus", "--sync", window)
@@ -229,10 +339,7 @@ def capture_then_free_the_mouse(window, process):
     time.sleep(1.0)
     # Held as well: a press and release that arrive before the same update are never seen by it,
     # and with the mouse captured only the update frees it.
-    xdotool("windowfocus", "--sync", window)
-    xdotool("keydown", "Escape")
-    time.sleep(0.3)
-    xdotool("keyup", "Escape")
+    hold(window, "Escape", 0.3)
     time.sleep(1.0)
     if process.poll() is not None:
         fail("the first Escape after a click ended the program (%d): the click did not capture the mouse"
@@ -317,7 +424,24 @@ def run(arguments, work):
     if arguments.case == "crash":
         environment["GLOAMHOLD_E2E_CRASH"] = "1"
     command = ([arguments.wine] if arguments.wine else []) + [arguments.exe]
-    reference = headless_reference(arguments.reference, work) if arguments.reference else None
+    recorded_state = os.path.join(work, "state.json")
+    if arguments.case == "record":
+        command += ["--record", os.path.join(work, "session.txt"), "--state", recorded_state]
+    if arguments.case == "script":
+        script = os.path.join(work, "route.txt")
+        with open(script, "w") as route:
+            for part in arguments.script:
+                with open(part) as text:
+                    route.write(text.read())
+        command += ["--script", script]
+    if arguments.case == "script":
+        # The pointer away from where the window opens: a window that appears under it is told of
+        # it, and the scripted click that captures the mouse would turn the view by that much.
+        pointer_connection = park_pointer()  # noqa: F841 (held open while the program runs)
+    reference = None
+    if arguments.reference and arguments.case in ("quit", "script"):
+        reference = headless_reference(arguments.reference, work, script if arguments.case == "script" else None,
+                                       arguments.ticks)
     process, window = start_program(command, work, environment, wine_prefix, errors)
     try:
         if arguments.case == "crash":
@@ -341,6 +465,16 @@ def run(arguments, work):
             return
         wait_for_counts(window, 30)
         keep_as = os.path.join(arguments.keep, arguments.shot_name) if arguments.keep else None
+        if arguments.case == "record":
+            play_a_little(window)
+            code = wait_exit(process, 30, "after Escape twice")
+            if code != 0:
+                fail("the recorded game ended with %d, not 0" % code)
+            check_replay(arguments.reference, work, recorded_state)
+            return
+        if arguments.case == "script":
+            # The script's updates at 40 a second, then time for the door or the talk to settle.
+            time.sleep(arguments.ticks / 40.0 + 2.0)
         # A frame is drawn 60 times a second; give the first ones time to be painted.
         time.sleep(0.5)
         if arguments.case == "pattern":
@@ -349,9 +483,16 @@ def run(arguments, work):
             shot = check_client_size(window, width, height, float(arguments.scale), keep_as)
             if reference:
                 check_like_reference(shot, reference)
+            if arguments.screenshot:
+                check_f12_screenshot(window, work, shot)
         if arguments.click_first:
             capture_then_free_the_mouse(window, process)
-        press(window, "Escape")
+        hold(window, "Escape") if arguments.case == "script" else press(window, "Escape")
+        if arguments.case == "script":
+            try:  # a script that left the mouse captured: the first Escape only freed it
+                process.wait(timeout=3)
+            except subprocess.TimeoutExpired:
+                hold(window, "Escape")
         code = wait_exit(process, 30, "after Escape")
         if code != 0:
             fail("Escape with the mouse free ended the program with %d, not 0" % code)
@@ -371,7 +512,7 @@ def main():
                                           "and run the program from, with the settings and data it holds")
     parser.add_argument("--wine", help="run the program through this Wine wrapper")
     parser.add_argument("--wine-prefix", help="the Wine prefix to use (made on first use)")
-    parser.add_argument("--case", choices=("pattern", "quit", "crash"), required=True)
+    parser.add_argument("--case", choices=("pattern", "quit", "crash", "record", "script"), required=True)
     parser.add_argument("--resolution", default="320x240")
     parser.add_argument("--scale", default="1.0")
     parser.add_argument("--keep", help="folder for screenshots")
@@ -384,8 +525,15 @@ def main():
     parser.add_argument("--click-first", action="store_true",
                         help="click into the window before quitting: two Escapes (free the mouse, quit)")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
-    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show (with "
-                                            "--package, a relative path is taken in the package's folder)")
+    parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show, or which "
+                                            "replays the recording (with --package, a relative path is taken "
+                                            "in the package's folder)")
+    parser.add_argument("--script", action="append", default=[],
+                        help="script files, played one after the other (case script)")
+    parser.add_argument("--screenshot", action="store_true",
+                        help="F12 must save the frame shown as screenshots/gloamhold-0001.png")
+    parser.add_argument("--ticks", type=int, default=20,
+                        help="updates the headless reference runs; its last frame is compared")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)

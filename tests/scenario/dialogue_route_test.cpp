@@ -21,7 +21,9 @@ constexpr int32_t WARDEN = 45, MAUD = 59;
 // under a one-line speech start 396 lines down, one 16-line row each).
 //   ticks 0-183     as in the key quest: the coin, the oak door opened, W into the hall to about
 //                   (0.13, 0, 13.3)
+//                   (routes/oak_door.script, routes/into_the_hall.script)
 //   tick 190        turn toward the Warden by the fire, 0.7 rad right and 0.2 down; tick 192 E
+//                   (routes/greet_the_warden.script)
 //   tick 210        1 "What is this place?"; tick 225 2 "I see.": back to his menu
 //   ticks 240-245   Down, Down (the second answer), Enter: "Care for a game of dice?"
 //   tick 260        the cursor onto the first answer row, "Again."; ticks 262-263 a click
@@ -35,14 +37,8 @@ constexpr int32_t WARDEN = 45, MAUD = 59;
 //   tick 520        3 "I should go.": her box closes
 //   ticks 540-598   face east, W back across the hall to about (0.3, 0, 13.3)
 //   tick 605        turn toward the Warden; tick 607 E: he has heard from Maud
-const char* const TALKS =
-    "0 down LBUTTON\n1 up LBUTTON\n"
-    "2 mouse 1249 0\n4 down W\n25 up W\n"
-    "30 mouse 0 300\n33 down E\n34 up E\n"
-    "40 mouse -1507 -300\n42 down W\n122 up W\n"
-    "130 mouse 258 0\n132 down E\n133 up E\n"
-    "140 down W\n183 up W\n"
-    "190 mouse 700 200\n192 down E\n193 up E\n"
+const std::string TALKS = route("oak_door.script") + route("into_the_hall.script") +
+    route("greet_the_warden.script") +
     "210 down 1\n211 up 1\n225 down 2\n226 up 2\n"
     "240 down DOWN\n241 up DOWN\n242 down DOWN\n243 up DOWN\n245 down ENTER\n246 up ENTER\n"
     "260 cursor 60 400\n262 down LBUTTON\n263 up LBUTTON\n"

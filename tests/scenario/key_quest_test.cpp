@@ -16,7 +16,8 @@ constexpr int32_t OAK_DOOR = 0, SOLAR_DOOR = 2;
 constexpr int32_t YARD_COIN = 28, IRON_KEY = 60, RUSTY_KEY = 85, LIBRARY_COIN = 108;
 constexpr int32_t SOLAR_DOOR_LEAF = 119;
 
-// The route, from the start at (0, 0, 0) facing north (+z). The mouse turns by 0.001 rad a pixel:
+// The route, from the start at (0, 0, 0) facing north (+z); its first part, to tick 183, is shared
+// (routes/oak_door.script and routes/into_the_hall.script). The mouse turns by 0.001 rad a pixel:
 // right (+x from north) and down are positive.
 //   ticks 0-1       a click captures the mouse
 //   tick 2          turn toward the coin on the well's rim; ticks 4-24 W to about (2.2, 0, 0.7)
@@ -44,13 +45,7 @@ constexpr int32_t SOLAR_DOOR_LEAF = 119;
 //   ticks 1110-1115 `[` twice: the first only opens the bar, the second selects the iron key
 //   tick 1120       a click arms it; tick 1125 a click unlocks the door, which opens
 //   ticks 1135-1168 W south through the doorway into the solar, about (0.17, -4.4, 15.3)
-const char* const KEY_QUEST =
-    "0 down LBUTTON\n1 up LBUTTON\n"
-    "2 mouse 1249 0\n4 down W\n25 up W\n"
-    "30 mouse 0 300\n33 down E\n34 up E\n"
-    "40 mouse -1507 -300\n42 down W\n122 up W\n"
-    "130 mouse 258 0\n132 down E\n133 up E\n"
-    "140 down W\n183 up W\n"
+const std::string KEY_QUEST = route("oak_door.script") + route("into_the_hall.script") +
     "190 mouse -2842 0\n192 down E\n193 up E\n"
     "200 mouse 2842 0\n202 mouse -1571 0\n204 down W\n258 up W\n"
     "265 mouse -1101 555\n268 down E\n269 up E\n"

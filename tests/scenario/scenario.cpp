@@ -22,6 +22,13 @@ int32_t first_tick_of(const json& state, const std::string& sound_name)
     return -1;
 }
 
+std::string route(const std::string& name)
+{
+    std::string text = read_all(std::string(GLOAMHOLD_SOURCE_DIR) + "/tests/scenario/routes/" + name);
+    EXPECT_FALSE(text.empty()) << "no route " << name;
+    return text;
+}
+
 float player_x(const json& state)
 {
     return state.at("player").at("position").at(0).get<float>();

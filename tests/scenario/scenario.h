@@ -32,6 +32,9 @@ std::vector<sound_heard> sounds_heard(const json& state);
 // The update during which the sound first started; -1 when it never did.
 int32_t first_tick_of(const json& state, const std::string& sound_name);
 
+// The text of a route shared with other tests (tests/scenario/routes/NAME): a script of timed input.
+std::string route(const std::string& name);
+
 // The player's position in the state file, as the game holds it (y points down).
 float player_x(const json& state);
 float player_y(const json& state);

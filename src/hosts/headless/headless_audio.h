@@ -7,16 +7,7 @@
 #include <stdint.h>
 #include <stdio.h>
 
-struct sound_start {
-    int32_t tick;  // the update during which the sound started (0 before the first)
-    int32_t sound; // index into the sound registry
-};
-
-struct sound_start_log {
-    sound_start* entries;
-    int32_t count;
-    int32_t capacity;
-};
+#include "hosts/state_file.h" // sound_start_log
 
 // Every sound started since the device was opened, when logging is on.
 extern sound_start_log headless_sound_starts;

@@ -11,14 +11,14 @@
 #include "core/diagnostics.h"
 #include "core/frame.h"
 #include "core/settings.h"
-#include "hosts/headless/frame_png.h"
+#include "hosts/frame_png.h"
 #include "hosts/headless/headless_audio.h"
-#include "hosts/headless/headless_input.h"
 #include "hosts/headless/headless_options.h"
-#include "hosts/headless/headless_state.h"
-#include "hosts/headless/input_script.h"
+#include "hosts/input_script.h"
 #include "hosts/main_loop.h"
+#include "hosts/scripted_input.h"
 #include "hosts/start_up_report.h"
+#include "hosts/state_file.h"
 #include "hosts/window_layout.h"
 
 struct headless_run {
@@ -30,10 +30,12 @@ struct headless_run {
     int32_t updates_run;
     int64_t frames_drawn;
     int32_t frame_after_last_update;
-    headless_input input;
+    scripted_input input;
     int32_t output_failed;
     int32_t paths_owned;      // the output paths were made absolute, on the heap
     double virtual_time;      // seconds since the start, on the loop's virtual clock
+    int32_t replaying;        // the script holds the loop's clock: a recorded session
+    int32_t replay_astray;    // the recording does not fit this run (other settings): stopped
 };
 
 static headless_run run;
@@ -43,11 +45,23 @@ static void deliver_events_of(int32_t tick)
 {
     while (run.next_event < run.script.count && run.script.events[run.next_event].tick <= tick &&
            !run.input.window_closed)
-        headless_input_deliver(&run.input, run.script.events[run.next_event++]);
+        scripted_input_deliver(&run.input, run.script.events[run.next_event++]);
+}
+
+// In a replay, the lines written during a pass, just before one of its updates: a windowed game
+// delivers a script's events inside the update, so that they come just before it however many
+// updates the pass runs.
+static void deliver_replayed_events_of_this_update()
+{
+    while (run.next_event < run.script.count && run.script.events[run.next_event].tick == run.updates_run &&
+           run.script.events[run.next_event].kind != SCRIPT_TIME && !run.input.window_closed)
+        scripted_input_deliver(&run.input, run.script.events[run.next_event++]);
 }
 
 static void headless_update()
 {
+    if (run.replaying)
+        deliver_replayed_events_of_this_update();
     headless_audio_log_sounds(run.updates_run);
     game_update();
     run.updates_run += 1;
@@ -83,45 +97,10 @@ static void headless_present()
 
 static void headless_sync_mouse_capture()
 {
-    headless_input_sync_capture(&run.input);
+    scripted_input_sync_capture(&run.input);
 }
 
 static void ignore_title(const char*) {}
-
-static int load_script(const char* path)
-{
-    FILE* file = fopen(path, "rb");
-    if (!file) {
-        fprintf(stderr, "gloamhold-headless: --script %s: %s\n", path, strerror(errno));
-        return 0;
-    }
-    char* text = nullptr;
-    size_t length = 0;
-    char chunk[4096];
-    size_t got;
-    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0) {
-        char* grown = static_cast<char*>(realloc(text, length + got));
-        if (!grown)
-            break;
-        text = grown;
-        memcpy(text + length, chunk, got);
-        length += got;
-    }
-    int read_whole = !ferror(file) && feof(file);
-    fclose(file);
-    if (!read_whole) {
-        free(text);
-        fprintf(stderr, "gloamhold-headless: --script %s: could not be read\n", path);
-        return 0;
-    }
-    char message[200];
-    int32_t line = 0;
-    int parsed = parse_input_script(text ? text : "", length, &run.script, &line, message, sizeof message);
-    free(text);
-    if (!parsed)
-        fprintf(stderr, "gloamhold-headless: %s:%d: %s\n", path, line, message);
-    return parsed;
-}
 
 // Output paths keep meaning what they meant where the command was given, whatever -C does.
 static char* absolute_path(const char* path)
@@ -175,7 +154,37 @@ static int headless_pump_input(const loop_schedule* schedule)
     return 1;
 }
 
-// The virtual clock stands still while a pass runs and jumps to the next due time between passes.
+// A recorded session: the events written before each pass, then the pass at the time it ran live.
+// Every line must belong to the update it is keyed by; a recording made with other rates would
+// run other updates at those times, and is stopped rather than replayed wrongly.
+static int replay_pump_input(const loop_schedule*)
+{
+    if (run.updates_run >= run.ticks_to_run && (run.ticks_to_run == 0 || run.frame_after_last_update))
+        return 0;
+    while (run.next_event < run.script.count) {
+        const script_event& event = run.script.events[run.next_event++];
+        if (event.tick != run.updates_run || (event.kind == SCRIPT_TIME && event.seconds < run.virtual_time)) {
+            fprintf(stderr,
+                    "gloamhold-headless: --script %s: a line of tick %d came after update %d: the recording was "
+                    "made with other settings\n",
+                    run.options.script_path, event.tick, run.updates_run);
+            run.replay_astray = 1;
+            return 0;
+        }
+        if (event.kind == SCRIPT_TIME) {
+            run.virtual_time = event.seconds;
+            headless_audio_advance(run.virtual_time);
+            return 1;
+        }
+        scripted_input_deliver(&run.input, event);
+        if (run.input.window_closed)
+            return 0;
+    }
+    return 0; // the recording ends without a quit (the game crashed): so does the replay
+}
+
+// The virtual clock stands still while a pass runs and jumps to the next due time between passes;
+// in a replay it is the recorded clock.
 static double virtual_clock()
 {
     return run.virtual_time;
@@ -183,13 +192,17 @@ static double virtual_clock()
 
 static void jump_to(double due, double)
 {
-    run.virtual_time = due;
+    if (!run.replaying)
+        run.virtual_time = due;
 }
 
 // Started before the loop, so that a failed start-up has an exit code of its own.
 static const main_loop_hooks headless_hooks = {
     headless_pump_input, nullptr, virtual_clock, jump_to,
-    {headless_update, game_render, headless_sync_mouse_capture, headless_present, ignore_title}};
+    {headless_update, game_render, headless_sync_mouse_capture, headless_present, ignore_title}, nullptr};
+static const main_loop_hooks replay_hooks = {
+    replay_pump_input, nullptr, virtual_clock, jump_to,
+    {headless_update, game_render, headless_sync_mouse_capture, headless_present, ignore_title}, nullptr};
 
 static int finish_outputs(FILE* state, FILE* audio)
 {
@@ -199,7 +212,7 @@ static int finish_outputs(FILE* state, FILE* audio)
             output_failed("--audio", run.options.audio_path, "could not be written");
     }
     if (state) {
-        int written = write_headless_state(state, run.updates_run, run.frames_drawn);
+        int written = write_state_file(state, run.updates_run, run.frames_drawn, &headless_sound_starts);
         if (fclose(state) != 0 || !written)
             output_failed("--state", run.options.state_path, "could not be written");
     }
@@ -220,7 +233,7 @@ static int start_and_run(FILE* state, FILE* audio)
         fprintf(stderr, "gloamhold-headless: settings.ini: negative UPS or FPS would never let the loop move on\n");
         return HEADLESS_EXIT_START_FAILED;
     }
-    headless_input_start(&run.input,
+    scripted_input_start(&run.input,
                          window_client_size(SCREEN_RESOLUTION.width, SCREEN_RESOLUTION.height, SCREEN_SCALE));
     create_frame_buffer();
     if (run.options.place_given) {
@@ -238,13 +251,21 @@ static int start_and_run(FILE* state, FILE* audio)
     }
     if (audio && !headless_audio_start_wav(audio))
         run.output_failed = 1;
-    main_loop_run(&headless_hooks);
+    run.replaying = input_script_has_times(&run.script);
+    main_loop_run(run.replaying ? &replay_hooks : &headless_hooks);
+    if (run.replay_astray) { // nothing of a run gone astray is worth keeping
+        if (state)
+            fclose(state);
+        if (audio)
+            fclose(audio);
+        return HEADLESS_EXIT_BAD_ARGUMENTS;
+    }
     return finish_outputs(state, audio);
 }
 
 static int run_with_options()
 {
-    if (run.options.script_path && !load_script(run.options.script_path))
+    if (run.options.script_path && !load_input_script(run.options.script_path, "gloamhold-headless", &run.script))
         return HEADLESS_EXIT_BAD_ARGUMENTS;
     run.ticks_to_run = headless_ticks_to_run(&run.options, input_script_last_tick(&run.script));
     run.shot_taken = static_cast<uint8_t*>(calloc(static_cast<size_t>(run.options.shot_count) + 1, 1));

@@ -16,6 +16,7 @@
 #include "hosts/start_up_report.h"
 #include "hosts/window_layout.h"
 #include "hosts/window_options.h"
+#include "hosts/window_session.h"
 
 struct sdl_window {
     SDL_Window* window;
@@ -35,6 +36,7 @@ static sdl_window shown;
 // in the window's format.
 static void present()
 {
+    window_session_frame_drawn();
     if (!color_buffer)
         return;
     SDL_UpdateTexture(shown.texture, nullptr, color_buffer, frame_width * 2);
@@ -52,6 +54,7 @@ static void present()
 
 static void sync_mouse_capture()
 {
+    window_session_sync_capture();
     int32_t wanted = mouse_captured != 0;
     if (wanted == shown.capture_held)
         return;
@@ -106,7 +109,7 @@ static int pump_events(const loop_schedule*)
         if (shown.input.window_closed)
             return 0;
     }
-    return 1;
+    return !window_session_closed();
 }
 
 static Uint64 clock_start;
@@ -142,8 +145,9 @@ static void wait_until(double due, double now)
         SDL_WaitEventTimeout(nullptr, static_cast<int>(milliseconds));
 }
 
-static const main_loop_hooks sdl_hooks = {pump_events, start_game, seconds_since_start, wait_until,
-                                          {game_update, game_render, sync_mouse_capture, present, set_title}};
+static const main_loop_hooks sdl_hooks = {
+    pump_events, start_game, seconds_since_start, wait_until,
+    {window_session_update, game_render, sync_mouse_capture, present, set_title}, window_session_before_pass};
 
 static int is_folder(const char* path)
 {
@@ -180,21 +184,34 @@ static int find_data(const window_options* options)
     return 0;
 }
 
+// Everything after the command line: the data, SDL, the session, the window and the loop.
+static int play(const window_options* options)
+{
+    if (!find_data(options))
+        return SDL_EXIT_START_FAILED;
+    SDL_SetMainReady();
+    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
+        return 1;
+    load_settings("settings.ini");
+    if (!window_session_open(options))
+        return 2;
+    if (!create_window())
+        return 1;
+    main_loop_run(&sdl_hooks);
+    int finished = window_session_finish();
+    SDL_Quit();
+    if (start_up_failed)
+        return SDL_EXIT_START_FAILED;
+    return finished ? 0 : 1;
+}
+
 int sdl_host_main(int argc, const char* const* argv)
 {
     window_options options;
     int status = window_command_line(argc, argv, &options);
     if (status != WINDOW_GO_ON)
         return status;
-    if (!find_data(&options))
-        return SDL_EXIT_START_FAILED;
-    SDL_SetMainReady();
-    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0)
-        return 1;
-    load_settings("settings.ini");
-    if (!create_window())
-        return 1;
-    main_loop_run(&sdl_hooks);
-    SDL_Quit();
-    return start_up_failed ? SDL_EXIT_START_FAILED : 0;
+    status = play(&options);
+    window_options_free(&options);
+    return status;
 }

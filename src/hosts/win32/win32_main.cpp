@@ -12,6 +12,7 @@
 #include "core/settings.h"
 #include "hosts/main_loop.h"
 #include "hosts/window_options.h"
+#include "hosts/window_session.h"
 
 // Fixed size: a caption, the window menu and minimising, but no sizing border or maximising.
 static const DWORD WINDOW_STYLE = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
@@ -72,12 +73,16 @@ int win_main(HINSTANCE instance, HINSTANCE, LPSTR, int show_command)
         return 1;
     if (!load_settings("settings.ini"))
         return 1;
+    if (!window_session_open(&options))
+        return 2;
     HWND window = NULL;
     if (!create_main_window(instance, &window))
         return 1;
     ShowWindow(window, show_command);
     run_main_loop(window);
-    return 0; // COM and Media Foundation are never shut down: the process simply ends
+    int finished = window_session_finish();
+    window_options_free(&options);
+    return finished ? 0 : 1; // COM and Media Foundation are never shut down: the process simply ends
 }
 
 // ---- The main loop --------------------------------------------------------------------------
@@ -87,6 +92,7 @@ static HWND loop_window;
 // The real capture follows mouse_captured: hidden cursor, held on the centre, kept in the window.
 static void sync_mouse_capture()
 {
+    window_session_sync_capture();
     int wanted = mouse_captured != 0;
     int held = GetCapture() == loop_window;
     if (wanted == held)
@@ -113,6 +119,7 @@ static void sync_mouse_capture()
 
 static void invalidate_window()
 {
+    window_session_frame_drawn();
     InvalidateRect(loop_window, NULL, FALSE); // WM_PAINT presents the frame
 }
 
@@ -129,6 +136,8 @@ static int pump_messages(const loop_schedule*)
             return 0;
         DispatchMessageA(&message); // never translated: the game takes no character messages
     }
+    if (window_session_closed() && IsWindow(loop_window))
+        DestroyWindow(loop_window); // the script closed it: WM_QUIT follows
     return 1;
 }
 
@@ -162,7 +171,8 @@ static void wait_until(double due, double now)
 
 static const main_loop_hooks window_hooks = {
     pump_messages, start_game, seconds_since_start, wait_until,
-    {game_update, game_render, sync_mouse_capture, invalidate_window, set_title}};
+    {window_session_update, game_render, sync_mouse_capture, invalidate_window, set_title},
+    window_session_before_pass};
 
 void run_main_loop(HWND window)
 {

@@ -78,11 +78,11 @@ void fake_set_title(const char*) { host->calls.push_back("title"); }
 
 const main_loop_hooks hooks_with_start = {
     fake_pump_input, fake_start, fake_clock, fake_wait_until,
-    {fake_update, fake_render, fake_sync_mouse_capture, fake_present, fake_set_title}};
+    {fake_update, fake_render, fake_sync_mouse_capture, fake_present, fake_set_title}, nullptr};
 
 const main_loop_hooks hooks_started_before = {
     fake_pump_input, nullptr, fake_clock, fake_wait_until,
-    {fake_update, fake_render, fake_sync_mouse_capture, fake_present, fake_set_title}};
+    {fake_update, fake_render, fake_sync_mouse_capture, fake_present, fake_set_title}, nullptr};
 
 class main_loop_test : public testing::Test {
 protected:
@@ -223,4 +223,42 @@ TEST(main_loop_sleep, sleeps_at_most_a_second_at_a_time)
 {
     EXPECT_EQ(main_loop_sleep_milliseconds(5.0, 0.0), 1000u);
     EXPECT_EQ(main_loop_sleep_milliseconds(1.0015, 0.0), 1000u);
+}
+
+namespace {
+
+std::vector<double> passes_noted;
+
+void note_pass(double now)
+{
+    passes_noted.push_back(now);
+    host->calls.push_back("before pass");
+}
+
+const main_loop_hooks hooks_noting_passes = {
+    fake_pump_input, nullptr, fake_clock, fake_wait_until,
+    {fake_update, fake_render, fake_sync_mouse_capture, fake_present, fake_set_title}, note_pass};
+
+} // namespace
+
+TEST_F(main_loop_test, passes_with_something_to_do_are_noted_with_their_time_before_they_run)
+{
+    passes_noted.clear();
+    fake.end_at = 0.06;
+    main_loop_run(&hooks_noting_passes);
+    std::vector<double> expected = {0.0, 1.0 / 60.0, 1.0 / 40.0, 2.0 / 60.0, 2.0 / 40.0};
+    EXPECT_EQ(passes_noted, expected);
+    ASSERT_GE(fake.calls.size(), 4u);
+    EXPECT_EQ(fake.calls[1], "clock");
+    EXPECT_EQ(fake.calls[2], "before pass") << "noted before its update";
+    EXPECT_EQ(fake.calls[3], "update");
+}
+
+TEST_F(main_loop_test, a_pass_woken_early_with_nothing_due_is_not_noted)
+{
+    passes_noted.clear();
+    fake.passes_before_quit = 3;
+    fake.wait_moves_clock = 0; // woken by input before anything is due: the clock stays at 0
+    main_loop_run(&hooks_noting_passes);
+    EXPECT_EQ(passes_noted, std::vector<double>{0.0}) << "only the first pass ran anything";
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <string>
 #include <vector>
 
@@ -86,4 +88,48 @@ TEST(version, starts_with_the_project_version_number)
         EXPECT_EQ(rest.substr(0, 2), " (") << version;
         EXPECT_EQ(rest.back(), ')') << version;
     }
+}
+
+TEST(window_options, script_record_and_state_name_their_files)
+{
+    parsed p({"--script", "route.txt", "--record", "session.txt", "--state", "end.json"});
+    ASSERT_EQ(p.result, COMMAND_LINE_OK) << p.error;
+    EXPECT_STREQ(p.options.script_path, "route.txt");
+    EXPECT_STREQ(p.options.record_path, "session.txt");
+    EXPECT_STREQ(p.options.state_path, "end.json");
+    parsed none({});
+    EXPECT_EQ(none.options.script_path, nullptr);
+    EXPECT_EQ(none.options.record_path, nullptr);
+    EXPECT_EQ(none.options.state_path, nullptr);
+}
+
+TEST(window_options, a_file_option_without_its_file_or_given_twice_is_refused)
+{
+    for (const char* option : {"--script", "--record", "--state"}) {
+        parsed missing({option});
+        EXPECT_EQ(missing.result, COMMAND_LINE_BAD);
+        EXPECT_EQ(missing.error, std::string(option) + ": needs a value");
+        parsed empty({option, ""});
+        EXPECT_EQ(empty.error, std::string(option) + ": needs a value");
+        parsed twice({option, "a", option, "b"});
+        EXPECT_EQ(twice.result, COMMAND_LINE_BAD);
+        EXPECT_EQ(twice.error, std::string(option) + ": given twice");
+    }
+}
+
+TEST(window_options, file_names_keep_meaning_where_the_command_was_given_after_dash_c)
+{
+    char here[4096];
+    ASSERT_NE(getcwd(here, sizeof here), nullptr);
+    const char* argv[] = {"gloamhold", "-C", "..", "--record", "session.txt", "--state", "/tmp/end.json"};
+    window_options options;
+    ASSERT_EQ(window_command_line(7, argv, &options), WINDOW_GO_ON);
+    char moved[4096];
+    ASSERT_NE(getcwd(moved, sizeof moved), nullptr);
+    ASSERT_EQ(chdir(here), 0);
+    EXPECT_EQ(std::string(options.record_path), std::string(here) + "/session.txt");
+    EXPECT_STREQ(options.state_path, "/tmp/end.json") << "an absolute name stays as it is";
+    EXPECT_EQ(options.script_path, nullptr);
+    EXPECT_NE(std::string(moved), std::string(here)) << "-C changed the directory after the names were fixed";
+    window_options_free(&options);
 }

@@ -180,3 +180,28 @@ TEST_F(headless_host_test, a_shot_that_no_frame_follows_is_reported_with_exit_1)
     EXPECT_EQ(run({"-C", folder, "--ticks", "3", "--shot", "2:" + file("late.png")}), 1);
     EXPECT_NE(errors.find("no frame was drawn"), std::string::npos) << errors;
 }
+
+TEST_F(headless_host_test, a_recording_replays_its_passes_at_their_times_and_turns_in_the_frame_between_updates)
+{
+    // A click captures the mouse in update 1; the mouse moves 100 pixels right before a pass at
+    // 0.034 s that draws a frame and runs no update: that frame turns the view.
+    script("0 time 0\n1 down LBUTTON\n1 time 0.025\n2 up LBUTTON\n2 cursor 420 240\n2 time 0.034\n"
+           "2 time 0.05\n3 quit\n");
+    ASSERT_EQ(run({"-C", folder, "--script", file("input.txt"), "--state", file("state.json")}), 0) << errors;
+    std::string state = read_all(file("state.json"));
+    EXPECT_EQ(number_after(state, "tick"), 3) << "updates at 0, 0.025 and 0.05 s; the game quit before the fourth";
+    EXPECT_EQ(number_after(state, "frames"), 4) << "a frame in every pass: at 0, 0.025, 0.034 and 0.05 s";
+    EXPECT_NEAR(number_after(state, "yaw"), 0.1, 1e-6);
+    EXPECT_EQ(number_after(state, "mouse_captured"), 1);
+}
+
+TEST_F(headless_host_test, a_recording_made_with_other_rates_is_stopped_with_2)
+{
+    // Recorded at 40 updates a second: one update in the pass at 0.03 s. At 70 a second that pass
+    // runs two, and the next line, keyed 1, no longer fits.
+    script("0 time 0\n1 time 0.03\n1 down W\n1 time 0.06\n3 quit\n");
+    std::string ini = "UPS=70\r\n";
+    write_file(file("settings.ini"), ini);
+    EXPECT_EQ(run({"-C", folder, "--script", file("input.txt")}), 2);
+    EXPECT_NE(errors.find("the recording was made with other settings"), std::string::npos) << errors;
+}

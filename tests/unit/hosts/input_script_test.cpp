@@ -5,7 +5,7 @@
 #include <string>
 
 #include "core/key_codes.h"
-#include "hosts/headless/input_script.h"
+#include "hosts/input_script.h"
 
 namespace {
 
@@ -166,4 +166,31 @@ TEST(input_script, values_must_be_whole_numbers)
     EXPECT_EQ(p.ok, 0);
     EXPECT_EQ(p.error, "'1.5' is not a whole number from -1000000 to 1000000");
     EXPECT_EQ(parsed("0 cursor 10 2000000").ok, 0);
+}
+
+TEST(input_script, a_recording_adds_the_loops_clock_and_the_quit)
+{
+    parsed p("0 down W\n0 time 0\n1 time 0.025000000000000001\n1 cursor 300 240\n3 quit\n");
+    ASSERT_EQ(p.ok, 1) << p.error;
+    ASSERT_EQ(p.script.count, 5);
+    EXPECT_EQ(p.script.events[1].kind, SCRIPT_TIME);
+    EXPECT_EQ(p.script.events[1].seconds, 0.0);
+    EXPECT_EQ(p.script.events[2].seconds, 0.025);
+    EXPECT_EQ(p.script.events[4].kind, SCRIPT_QUIT);
+    EXPECT_EQ(p.script.events[4].tick, 3);
+    EXPECT_EQ(input_script_last_tick(&p.script), 3);
+    EXPECT_EQ(input_script_has_times(&p.script), 1);
+    parsed plain("0 down W\n3 quit\n");
+    EXPECT_EQ(input_script_has_times(&plain.script), 0);
+}
+
+TEST(input_script, a_time_is_a_decimal_from_0_and_quit_takes_nothing)
+{
+    parsed negative("0 time -0.5\n");
+    EXPECT_EQ(negative.ok, 0);
+    EXPECT_EQ(negative.error, "'-0.5' is not a time in seconds (a decimal from 0)");
+    EXPECT_EQ(parsed("0 time soon\n").ok, 0);
+    EXPECT_EQ(parsed("0 time inf\n").ok, 0);
+    EXPECT_EQ(parsed("0 time\n").error, "'time' takes 1 value: T time SECONDS");
+    EXPECT_EQ(parsed("0 quit now\n").error, "'quit' takes 0 values: T quit");
 }

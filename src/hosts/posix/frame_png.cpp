@@ -1,9 +1,10 @@
-#include "hosts/headless/frame_png.h"
+#include "hosts/frame_png.h"
 
 #include <png.h>
 #include <setjmp.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include "core/frame.h"
 
@@ -47,4 +48,12 @@ int write_frame_png(const char* path, const uint16_t* pixels, int32_t width, int
     if (fclose(file) != 0)
         written = 0;
     return written;
+}
+
+int make_frame_folder(const char* path)
+{
+    struct stat found;
+    if (stat(path, &found) == 0)
+        return S_ISDIR(found.st_mode);
+    return mkdir(path, 0777) == 0;
 }

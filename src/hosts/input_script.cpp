@@ -1,6 +1,8 @@
-#include "hosts/headless/input_script.h"
+#include "hosts/input_script.h"
 
 #include <errno.h>
+#include <stdio.h>
+#include <math.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -71,7 +73,41 @@ int script_key_code(const char* name, uint32_t* code)
     return 0;
 }
 
+void script_key_name(uint32_t code, char* name, size_t capacity)
+{
+    if ((code >= 'A' && code <= 'Z') || (code >= '0' && code <= '9')) {
+        string_printf(name, capacity, "%c", static_cast<char>(code));
+        return;
+    }
+    if (code >= KEYCODE_F1 && code < KEYCODE_F1 + 24) {
+        string_printf(name, capacity, "F%d", static_cast<int>(code - KEYCODE_F1 + 1));
+        return;
+    }
+    for (const named_key& key : named_keys) {
+        if (key.code == code) {
+            string_printf(name, capacity, "%s", key.name);
+            return;
+        }
+    }
+    string_printf(name, capacity, "%02u", code);
+}
+
 enum { MAX_WORDS = 5, WORD_CAPACITY = 64, COORDINATE_LIMIT = 1000000 };
+
+// A time on the loop's clock: a finite decimal from 0, written with all its digits by the recorder
+// so that it reads back as the same double.
+static int parse_seconds(const char* text, double* out, char* error, size_t capacity)
+{
+    char* end = nullptr;
+    errno = 0;
+    double value = strtod(text, &end);
+    if (end == text || *end != '\0' || errno != 0 || !(value >= 0.0) || !isfinite(value)) {
+        string_printf(error, capacity, "'%s' is not a time in seconds (a decimal from 0)", text);
+        return 0;
+    }
+    *out = value;
+    return 1;
+}
 
 // Splits one line (comment removed) into blank-separated words; -1 when a word is too long or
 // there are too many.
@@ -140,18 +176,28 @@ static int parse_event(char words[MAX_WORDS][WORD_CAPACITY], int count, script_e
     } else if (text_equal_ignoring_case(verb, "WHEEL")) {
         event->kind = SCRIPT_WHEEL;
         wanted = 1;
+    } else if (text_equal_ignoring_case(verb, "TIME")) {
+        event->kind = SCRIPT_TIME;
+        wanted = 1;
+    } else if (text_equal_ignoring_case(verb, "QUIT")) {
+        event->kind = SCRIPT_QUIT;
+        wanted = 0;
     } else {
         string_printf(error, capacity, "unknown event '%s' (down, up, mouse, wheel or cursor)", verb);
         return 0;
     }
     if (count - 2 != wanted) {
         static const char* const forms[] = {"T down KEY", "T up KEY", "T mouse DX DY", "T wheel N",
-                                            "T cursor X Y"};
+                                            "T cursor X Y", "T time SECONDS", "T quit"};
         string_printf(error, capacity, "'%s' takes %d value%s: %s", verb, wanted, wanted == 1 ? "" : "s",
                       forms[event->kind]);
         return 0;
     }
     event->b = 0;
+    if (event->kind == SCRIPT_QUIT)
+        return 1;
+    if (event->kind == SCRIPT_TIME)
+        return parse_seconds(words[2], &event->seconds, error, capacity);
     if (event->kind == SCRIPT_KEY_DOWN || event->kind == SCRIPT_KEY_UP) {
         uint32_t code = 0;
         if (!script_key_code(words[2], &code)) {
@@ -219,4 +265,47 @@ void input_script_free(input_script* script)
 int32_t input_script_last_tick(const input_script* script)
 {
     return script->count ? script->events[script->count - 1].tick : -1;
+}
+
+int input_script_has_times(const input_script* script)
+{
+    for (int32_t i = 0; i < script->count; ++i)
+        if (script->events[i].kind == SCRIPT_TIME)
+            return 1;
+    return 0;
+}
+
+int load_input_script(const char* path, const char* program, input_script* script)
+{
+    FILE* file = fopen(path, "rb");
+    if (!file) {
+        fprintf(stderr, "%s: --script %s: %s\n", program, path, strerror(errno));
+        return 0;
+    }
+    char* text = nullptr;
+    size_t length = 0;
+    char chunk[4096];
+    size_t got;
+    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0) {
+        char* grown = static_cast<char*>(realloc(text, length + got));
+        if (!grown)
+            break;
+        text = grown;
+        memcpy(text + length, chunk, got);
+        length += got;
+    }
+    int read_whole = !ferror(file) && feof(file);
+    fclose(file);
+    if (!read_whole) {
+        free(text);
+        fprintf(stderr, "%s: --script %s: could not be read\n", program, path);
+        return 0;
+    }
+    char message[200];
+    int32_t line = 0;
+    int parsed = parse_input_script(text ? text : "", length, script, &line, message, sizeof message);
+    free(text);
+    if (!parsed)
+        fprintf(stderr, "%s: %s:%d: %s\n", program, path, line, message);
+    return parsed;
 }

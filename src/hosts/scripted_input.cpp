@@ -1,4 +1,4 @@
-#include "hosts/headless/headless_input.h"
+#include "hosts/scripted_input.h"
 
 #include <string.h>
 
@@ -7,21 +7,21 @@
 #include "hosts/input.h"
 
 // Escape with the mouse free reaches this through the input rules, as DestroyWindow would.
-static headless_input* closing;
+static scripted_input* closing;
 
 static void close_window()
 {
     closing->window_closed = 1;
 }
 
-void headless_input_start(headless_input* input, client_size client)
+void scripted_input_start(scripted_input* input, client_size client)
 {
     memset(input, 0, sizeof *input);
     input->centre = client_centre_of(client);
     input->cursor = input->centre;
 }
 
-static void move_cursor(headless_input* input, client_point to)
+static void move_cursor(scripted_input* input, client_point to)
 {
     input->cursor = to;
     if (input_mouse_move(to.x, to.y, input->centre))
@@ -33,7 +33,7 @@ static int is_mouse_button(int32_t code)
     return code == KEYCODE_LBUTTON || code == KEYCODE_RBUTTON || code == KEYCODE_MBUTTON;
 }
 
-static void press(headless_input* input, uint32_t code)
+static void press(scripted_input* input, uint32_t code)
 {
     int repeat = input->physically_down[code];
     input->physically_down[code] = 1;
@@ -47,7 +47,7 @@ static void press(headless_input* input, uint32_t code)
     input_key_down(code, repeat, close_window);
 }
 
-void headless_input_deliver(headless_input* input, const script_event& event)
+void scripted_input_deliver(scripted_input* input, const script_event& event)
 {
     uint32_t code = static_cast<uint32_t>(event.a) & 0xFF; // the script allows codes 0 to 255 only
     switch (event.kind) {
@@ -73,10 +73,15 @@ void headless_input_deliver(headless_input* input, const script_event& event)
     case SCRIPT_CURSOR:
         move_cursor(input, client_point{event.a, event.b});
         break;
+    case SCRIPT_QUIT:
+        input->window_closed = 1;
+        break;
+    case SCRIPT_TIME:
+        break;
     }
 }
 
-void headless_input_sync_capture(headless_input* input)
+void scripted_input_sync_capture(scripted_input* input)
 {
     int32_t wanted = mouse_captured != 0;
     if (wanted == input->capture_held)

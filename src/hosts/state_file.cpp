@@ -1,4 +1,4 @@
-#include "hosts/headless/headless_state.h"
+#include "hosts/state_file.h"
 
 #include <math.h>
 #include <stdlib.h>
@@ -12,7 +12,6 @@
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/player.h"
-#include "hosts/headless/headless_audio.h"
 #include "render/visibility.h"
 
 void json_float(char* buffer, size_t capacity, float value)
@@ -70,11 +69,11 @@ static void write_settings(FILE* file)
             TEXTURE_INTERPOLATION, TEXTURE_DITHERING, LIGHT_DITHERING, ENABLE_HEAD_BOBBING);
 }
 
-static void write_sounds(FILE* file)
+static void write_sounds(FILE* file, const sound_start_log* sounds)
 {
-    fprintf(file, " \"sounds\": [");
-    for (int32_t i = 0; i < headless_sound_starts.count; ++i) {
-        const sound_start& start = headless_sound_starts.entries[i];
+    fprintf(file, ",\n \"sounds\": [");
+    for (int32_t i = 0; i < sounds->count; ++i) {
+        const sound_start& start = sounds->entries[i];
         fprintf(file, "%s{\"tick\": %d, \"sound\": %d, \"name\": ", i ? ",\n            " : "", start.tick,
                 start.sound);
         const char* name = asset_name_of(ASSET_SOUND, start.sound);
@@ -84,7 +83,7 @@ static void write_sounds(FILE* file)
             fprintf(file, "null");
         fputc('}', file);
     }
-    fprintf(file, "]}\n");
+    fprintf(file, "]");
 }
 
 static void write_vec3_field(FILE* file, const char* name, vec3 value, const char* after)
@@ -176,7 +175,7 @@ static void write_dialogue(FILE* file)
     fprintf(file, "},\n");
 }
 
-int write_headless_state(FILE* file, int32_t tick, int64_t frames)
+int write_state_file(FILE* file, int32_t tick, int64_t frames, const sound_start_log* sounds)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
     write_float_field(file, "game_time", game_time, ", ");
@@ -185,7 +184,9 @@ int write_headless_state(FILE* file, int32_t tick, int64_t frames)
     write_player(file);
     write_interaction(file);
     write_dialogue(file);
-    fprintf(file, " \"mouse_captured\": %d,\n", mouse_captured);
-    write_sounds(file);
+    fprintf(file, " \"mouse_captured\": %d", mouse_captured);
+    if (sounds)
+        write_sounds(file, sounds);
+    fprintf(file, "}\n");
     return fflush(file) == 0 && !ferror(file);
 }

@@ -16,7 +16,7 @@
 #include "core/settings.h"
 #include "game/interaction.h"
 #include "hosts/headless/headless_audio.h"
-#include "hosts/headless/headless_state.h"
+#include "hosts/state_file.h"
 #include "platform/platform.h"
 #include "support/temp_files.h"
 
@@ -29,11 +29,11 @@ std::string formatted(float value)
     return buffer;
 }
 
-std::string state_text(int32_t tick, int64_t frames)
+std::string state_text(int32_t tick, int64_t frames, const sound_start_log* sounds = &headless_sound_starts)
 {
     std::string path = test_folder() + "/state.json";
     FILE* file = fopen(path.c_str(), "wb");
-    EXPECT_EQ(write_headless_state(file, tick, frames), 1);
+    EXPECT_EQ(write_state_file(file, tick, frames, sounds), 1);
     fclose(file);
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -108,6 +108,15 @@ TEST_F(headless_state_test, started_sounds_are_listed_in_order_by_name)
                         "            {\"tick\": 40, \"sound\": 9, \"name\": null}]}"),
               std::string::npos)
         << text;
+}
+
+TEST_F(headless_state_test, a_host_that_keeps_no_sound_log_leaves_the_sounds_out)
+{
+    headless_audio_log_sounds(1);
+    platform_audio_voice_started(3);
+    std::string text = state_text(2, 3, nullptr);
+    EXPECT_EQ(text.find("\"sounds\""), std::string::npos) << text;
+    EXPECT_NE(text.find("\"mouse_captured\": 0}\n"), std::string::npos) << "the object still closes: " << text;
 }
 
 namespace {

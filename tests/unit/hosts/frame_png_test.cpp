@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/frame.h"
-#include "hosts/headless/frame_png.h"
+#include "hosts/frame_png.h"
 #include "support/png_image.h"
 #include "support/temp_files.h"
 
