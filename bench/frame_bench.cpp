@@ -1,7 +1,8 @@
-// Whole frames of the shipped level at 640 x 480, drawn by the game's own frame driver along a
+// Whole frames of the shipped level, drawn by the game's own frame driver along a
 // fixed walk of 200 camera placements: the yard, the hall, the kitchen, the armoury, the storeroom,
 // up the stairwell, the library and the solar. Reports the median and 99th-percentile frame time
-// and the mean time of each pass, timed through the frame driver's pass hook.
+// and the mean time of each pass, timed through the frame driver's pass hook, at 640 x 480,
+// 1280 x 720 and 1920 x 1080, and at 1280 x 720 with texture filtering and with light dithering.
 //
 // The player is moved straight to each placement (no update runs, so nothing falls or collides);
 // the clocks advance by one frame at 60 frames a second, so the Warden's animation plays. The
@@ -20,6 +21,7 @@
 #include "core/debug_flags.h"
 #include "core/frame.h"
 #include "core/loop_state.h"
+#include "core/settings.h"
 #include "game/player.h"
 #include "shipped_game.h"
 
@@ -106,12 +108,15 @@ double percentile(std::vector<double> values, double fraction)
 
 } // namespace
 
+// Arguments: width, height, TEXTURE_INTERPOLATION, LIGHT_DITHERING.
 static void frame_along_the_walk(benchmark::State& state)
 {
-    if (!start_game()) {
+    if (!start_game() || !use_frame_size(static_cast<int32_t>(state.range(0)), static_cast<int32_t>(state.range(1)))) {
         state.SkipWithError("the game did not start from the shipped data");
         return;
     }
+    TEXTURE_INTERPOLATION = static_cast<int32_t>(state.range(2));
+    LIGHT_DITHERING = static_cast<int32_t>(state.range(3));
     std::vector<double> frame_ms;
     passes = {};
     render_alpha = 1.0f;
@@ -134,5 +139,15 @@ static void frame_along_the_walk(benchmark::State& state)
                                                             "opaque_ms", "translucent_ms", "overlays_ms"};
     for (int32_t pass = 0; pass < FRAME_PASS_COUNT; ++pass)
         state.counters[pass_names[pass]] = passes.seconds[pass] * 1000.0 / frames;
+    TEXTURE_INTERPOLATION = 0;
+    LIGHT_DITHERING = 0;
 }
-BENCHMARK(frame_along_the_walk)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK(frame_along_the_walk)
+    ->ArgNames({"width", "height", "filtered", "dithered"})
+    ->Args({640, 480, 0, 0})
+    ->Args({1280, 720, 0, 0})
+    ->Args({1920, 1080, 0, 0})
+    ->Args({1280, 720, 1, 0})
+    ->Args({1280, 720, 0, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(10);

@@ -10,10 +10,16 @@
 #include "core/debug_flags.h"
 #include "core/frame.h"
 #include "core/numbers.h"
+#include "platform/platform.h"
+#include "render/frame.h"
+#include "render/occlusion.h"
+
+namespace {
+std::vector<uint16_t> pixels(static_cast<size_t>(SHIPPED_GAME_WIDTH) * SHIPPED_GAME_HEIGHT);
+}
 
 int start_shipped_game()
 {
-    static std::vector<uint16_t> pixels(static_cast<size_t>(SHIPPED_GAME_WIDTH) * SHIPPED_GAME_HEIGHT);
     static int started = -1;
     if (started >= 0)
         return started;
@@ -32,4 +38,14 @@ void stand_at(const standpoint& place)
     player->position = player->previous_position = {place.x, place.y, place.z};
     player->yaw = player->previous_yaw = place.yaw * DEGREES_TO_RADIANS;
     player->pitch = player->previous_pitch = place.pitch * DEGREES_TO_RADIANS;
+}
+
+int use_frame_size(int32_t width, int32_t height)
+{
+    pixels.assign(static_cast<size_t>(width) * static_cast<size_t>(height), 0);
+    frame_width = width;
+    frame_height = height;
+    color_buffer = pixels.data();
+    platform_heap_free(depth_buffer);
+    return depth_buffer_create() && occlusion_buffers_create();
 }

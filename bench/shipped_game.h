@@ -15,3 +15,6 @@ struct standpoint {
 int start_shipped_game();
 // Puts the player there, with no movement to interpolate.
 void stand_at(const standpoint& place);
+// Draws from now on into a frame of width x height, with a depth and an occlusion buffer of that
+// size, as a host that starts with that SCREEN_RESOLUTION would; 1 when the buffers were made.
+int use_frame_size(int32_t width, int32_t height);
