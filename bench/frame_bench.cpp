@@ -2,7 +2,8 @@
 // fixed walk of 200 camera placements: the yard, the hall, the kitchen, the armoury, the storeroom,
 // up the stairwell, the library and the solar. Reports the median and 99th-percentile frame time
 // and the mean time of each pass, timed through the frame driver's pass hook, at 640 x 480,
-// 1280 x 720 and 1920 x 1080, and at 1280 x 720 with texture filtering and with light dithering.
+// 1280 x 720 and 1920 x 1080, and at 1280 x 720 with texture filtering and with light dithering,
+// each with one and with two threads.
 //
 // The player is moved straight to each placement (no update runs, so nothing falls or collides);
 // the clocks advance by one frame at 60 frames a second, so the Warden's animation plays. The
@@ -22,6 +23,7 @@
 #include "core/frame.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
+#include "render/bands.h"
 #include "game/player.h"
 #include "shipped_game.h"
 
@@ -108,7 +110,7 @@ double percentile(std::vector<double> values, double fraction)
 
 } // namespace
 
-// Arguments: width, height, TEXTURE_INTERPOLATION, LIGHT_DITHERING.
+// Arguments: width, height, TEXTURE_INTERPOLATION, LIGHT_DITHERING, threads.
 static void frame_along_the_walk(benchmark::State& state)
 {
     if (!start_game() || !use_frame_size(static_cast<int32_t>(state.range(0)), static_cast<int32_t>(state.range(1)))) {
@@ -117,6 +119,7 @@ static void frame_along_the_walk(benchmark::State& state)
     }
     TEXTURE_INTERPOLATION = static_cast<int32_t>(state.range(2));
     LIGHT_DITHERING = static_cast<int32_t>(state.range(3));
+    render_threads = static_cast<int32_t>(state.range(4));
     std::vector<double> frame_ms;
     passes = {};
     render_alpha = 1.0f;
@@ -136,18 +139,22 @@ static void frame_along_the_walk(benchmark::State& state)
     state.counters["median_ms"] = percentile(frame_ms, 0.5);
     state.counters["p99_ms"] = percentile(frame_ms, 0.99);
     static const char* const pass_names[FRAME_PASS_COUNT] = {"setup_ms", "visibility_ms", "occlusion_ms", "sky_ms",
-                                                            "opaque_ms", "translucent_ms", "overlays_ms"};
+                                                            "opaque_ms", "translucent_ms", "bands_ms", "overlays_ms"};
     for (int32_t pass = 0; pass < FRAME_PASS_COUNT; ++pass)
         state.counters[pass_names[pass]] = passes.seconds[pass] * 1000.0 / frames;
     TEXTURE_INTERPOLATION = 0;
     LIGHT_DITHERING = 0;
+    render_threads = 1;
 }
-BENCHMARK(frame_along_the_walk)
-    ->ArgNames({"width", "height", "filtered", "dithered"})
-    ->Args({640, 480, 0, 0})
-    ->Args({1280, 720, 0, 0})
-    ->Args({1920, 1080, 0, 0})
-    ->Args({1280, 720, 1, 0})
-    ->Args({1280, 720, 0, 1})
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(10);
+// Each resolution and option with one thread and with two, the two runs side by side.
+static void frame_configurations(benchmark::internal::Benchmark* bench)
+{
+    const int64_t configurations[][4] = {
+        {640, 480, 0, 0}, {1280, 720, 0, 0}, {1920, 1080, 0, 0}, {1280, 720, 1, 0}, {1280, 720, 0, 1},
+    };
+    bench->ArgNames({"width", "height", "filtered", "dithered", "threads"});
+    for (const auto& c : configurations)
+        for (int64_t threads = 1; threads <= 2; ++threads)
+            bench->Args({c[0], c[1], c[2], c[3], threads});
+}
+BENCHMARK(frame_along_the_walk)->Apply(frame_configurations)->Unit(benchmark::kMillisecond)->Iterations(10);

@@ -5,6 +5,7 @@
 
 #include "core/settings.h"
 #include "render/colour_tables.h"
+#include "render/bands.h"
 #include "render/frame.h"
 #include "render/pixel_pipeline.h"
 
@@ -209,6 +210,13 @@ void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const
 void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
                    const screen_vertex* c)
 {
+    if (!record_triangle(tex, tint, blend, a, b, c))
+        draw_triangle_rows(tex, tint, blend, a, b, c, 0, frame_height);
+}
+
+void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a,
+                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row)
+{
     // Three compare-and-swaps that keep ties in their order: a with b, the lower of them with c,
     // then the upper pair again.
     const screen_vertex* top = a;
@@ -223,7 +231,12 @@ void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen
     float first = first_row_at_or_below(top->sy);
     float split = first_row_at_or_below(middle->sy);
     float last = first_row_at_or_below(bottom->sy);
-    if (!(first < last))
+    int32_t top_row = static_cast<int32_t>(first);
+    int32_t split_row = static_cast<int32_t>(split);
+    int32_t bottom_row = static_cast<int32_t>(last);
+    top_row = top_row > first_row ? top_row : first_row;
+    bottom_row = bottom_row < end_row ? bottom_row : end_row;
+    if (!(top_row < bottom_row))
         return;
 
     span_edge top_q = perspective_quantities(top);
@@ -234,12 +247,11 @@ void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen
     triangle_edge lower_edge = make_edge(middle, &middle_q, bottom, &bottom_q);
 
     span_setup setup = prepare_spans(tex, tint, blend);
-    int32_t first_row = static_cast<int32_t>(first);
-    int32_t split_row = static_cast<int32_t>(split);
-    int32_t end_row = static_cast<int32_t>(last);
-    // A flat upper or lower half has an empty row range, so its zero height is never divided by.
-    fill_rows(&setup, first_row, split_row, &long_edge, &upper_edge);
-    fill_rows(&setup, split_row, end_row, &long_edge, &lower_edge);
+    // Each row's edge points come from that row's own fraction, so drawing only some of the rows
+    // gives them exactly as drawing all of them would. A flat upper or lower half has an empty row
+    // range, so its zero height is never divided by.
+    fill_rows(&setup, top_row, split_row < bottom_row ? split_row : bottom_row, &long_edge, &upper_edge);
+    fill_rows(&setup, split_row > top_row ? split_row : top_row, bottom_row, &long_edge, &lower_edge);
 }
 
 int32_t clip_triangle_near(clip_vertex* vertices, float near_z)

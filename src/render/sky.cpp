@@ -5,6 +5,7 @@
 #include "assets/registry.h"
 #include "assets/texture.h"
 #include "core/diagnostics.h"
+#include "render/bands.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
 #include "render/pixel_pipeline.h"
@@ -52,6 +53,12 @@ int32_t sky_face(float dx, float dy, float dz, float* a, float* b)
 
 void draw_sky()
 {
+    if (!record_sky())
+        draw_sky_rows(0, frame_height);
+}
+
+void draw_sky_rows(int32_t first_row, int32_t end_row)
+{
     const texture* faces[SKY_FACES];
     for (int32_t k = 0; k < SKY_FACES; ++k) {
         if (!registry_in_use(&textures, sky_textures[k]))
@@ -64,12 +71,14 @@ void draw_sky()
     float s = projection_scale;
     float ps = camera_pitch_sin, pc = camera_pitch_cos;
     float ys = camera_yaw_sin, yc = camera_yaw_cos;
-    for (int32_t row = 0; row < occlusion_rows; ++row) {
+    int32_t last_block = (end_row + 7) / 8 < occlusion_rows ? (end_row + 7) / 8 : occlusion_rows;
+    for (int32_t row = first_row / 8; row < last_block; ++row) {
+        int32_t top = 8 * row > first_row ? 8 * row : first_row;
+        int32_t bottom = 8 * row + 8 < end_row ? 8 * row + 8 : end_row;
         for (int32_t column = 0; column < occlusion_columns; ++column) {
             if (occlusion_coarse[static_cast<size_t>(row * occlusion_columns + column)] != 0.0f)
                 continue;
-            for (int32_t j = 0; j < 8; ++j) {
-                int32_t y = 8 * row + j;
+            for (int32_t y = top; y < bottom; ++y) {
                 // The pixel's own integer coordinate, and no vertical aspect: the sky images were
                 // painted for exactly this mapping.
                 float ny = (static_cast<float>(y) / height - 0.5f) / s;
