@@ -9,6 +9,8 @@
 #include "render/frame.h"
 #include "render/pixel_pipeline.h"
 
+int span_loops_vectorised = 1;
+
 namespace {
 
 // What stays the same for every pixel of every span of one triangle.
@@ -61,14 +63,105 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_
     }
 }
 
+// The opaque nearest span four pixels at a time, with the same result as fill_span to the bit.
+// The four interpolated quantities step together in the lanes of one vector, each lane adding the
+// same step in the same order as the plain loop, so every pixel sees exactly its value there; the
+// division, the texel addresses and the light levels are then worked out for four pixels at once
+// with the same single operations, and only the texel and table look-ups and the stores of the
+// pixels that pass the depth test stay one by one.
+template <bool dithered>
+void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
+                                   span_edge step)
+{
+    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
+    uint16_t* colour = color_buffer + row;
+    float* depth = depth_buffer + row;
+    const texture tex = setup->tex;
+    const uint8_t* red_row = setup->red_row;
+    const uint8_t* blue_row = setup->blue_row;
+
+    // The dither offsets of this row, twice over so that four in a row can be read from any x & 3.
+    float dither_row[8];
+    for (int32_t k = 0; k < 8; ++k)
+        dither_row[k] = light_dither_offset(k, y);
+
+    const __m128 steps = _mm_setr_ps(step.inv_w, step.u_w, step.v_w, step.l_w);
+    const __m128 zero = _mm_setzero_ps();
+    const __m128 one = _mm_set1_ps(1.0f);
+    const __m128 width_f = _mm_set1_ps(tex.width_f);
+    const __m128 height_f = _mm_set1_ps(tex.height_f);
+    const __m128 level_scale = _mm_set1_ps(63.0f);
+    const __m128i width_mask = _mm_set1_epi32(tex.width_mask);
+    const __m128i height_mask = _mm_set1_epi32(tex.height_mask);
+    const __m128i low_byte = _mm_set1_epi32(0xFF);
+    const __m128i row_shift = _mm_cvtsi32_si128(tex.row_shift);
+    __m128 quantities = _mm_setr_ps(at.inv_w, at.u_w, at.v_w, at.l_w);
+    for (; x + 4 <= end; x += 4) {
+        __m128 inv_w = quantities;
+        __m128 u_w = _mm_add_ps(inv_w, steps);
+        __m128 v_w = _mm_add_ps(u_w, steps);
+        __m128 l_w = _mm_add_ps(v_w, steps);
+        quantities = _mm_add_ps(l_w, steps);
+        _MM_TRANSPOSE4_PS(inv_w, u_w, v_w, l_w); // from one vector per pixel to one per quantity
+
+        // !(depth >= 1/w), so that a NaN depth or 1/w draws as in the plain loop.
+        int passing = _mm_movemask_ps(_mm_cmpnge_ps(_mm_loadu_ps(depth + x), inv_w));
+        if (!passing)
+            continue;
+        __m128 w = _mm_div_ps(one, inv_w);
+        __m128 u = _mm_mul_ps(u_w, w);
+        __m128 v = _mm_mul_ps(v_w, w);
+        __m128 l = _mm_mul_ps(l_w, w);
+        // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
+        __m128i column = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, width_f)),
+                                                     _mm_castps_si128(_mm_cmplt_ps(u, zero))),
+                                       width_mask);
+        __m128i texel_row = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, height_f)),
+                                                        _mm_castps_si128(_mm_cmplt_ps(v, zero))),
+                                          height_mask);
+        __m128i index = _mm_or_si128(_mm_sll_epi32(texel_row, row_shift), column);
+        if (dithered) {
+            l = _mm_add_ps(l, _mm_loadu_ps(dither_row + (x & 3)));
+            l = _mm_andnot_ps(_mm_cmplt_ps(l, zero), l); // below 0 becomes 0; NaN and -0 stay
+            __m128 above = _mm_cmpgt_ps(l, one);
+            l = _mm_or_ps(_mm_and_ps(above, one), _mm_andnot_ps(above, l));
+        }
+        __m128i level = _mm_and_si128(_mm_cvttps_epi32(_mm_mul_ps(l, level_scale)), low_byte);
+
+        alignas(16) int32_t indices[4], levels[4];
+        alignas(16) float inv_ws[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(indices), index);
+        _mm_store_si128(reinterpret_cast<__m128i*>(levels), level);
+        _mm_store_ps(inv_ws, inv_w);
+        for (int32_t k = 0; k < 4; ++k) {
+            if (!(passing & (1 << k)))
+                continue;
+            uint32_t texel = tex.texels[indices[k]];
+            if (texel & PIXEL_OPAQUE) {
+                colour[x + k] = shade_texel(texel, static_cast<uint8_t>(levels[k]), red_row, blue_row);
+                depth[x + k] = inv_ws[k];
+            }
+        }
+    }
+    // The last pixels, fewer than four, one by one from where the lanes stopped.
+    alignas(16) float left[4];
+    _mm_store_ps(left, quantities);
+    span_edge rest = {static_cast<float>(x), left[0], left[1], left[2], left[3]};
+    fill_span<false, dithered, false>(setup, y, x, end, rest, step);
+}
+
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, span_edge, span_edge);
 
-// [filtered][dithered][translucent]
-const span_fill span_fills[2][2][2] = {
-    {{fill_span<false, false, false>, fill_span<false, false, true>},
-     {fill_span<false, true, false>, fill_span<false, true, true>}},
-    {{fill_span<true, false, false>, fill_span<true, false, true>},
-     {fill_span<true, true, false>, fill_span<true, true, true>}},
+// [vectorised][filtered][dithered][translucent]
+const span_fill span_fills[2][2][2][2] = {
+    {{{fill_span<false, false, false>, fill_span<false, false, true>},
+      {fill_span<false, true, false>, fill_span<false, true, true>}},
+     {{fill_span<true, false, false>, fill_span<true, false, true>},
+      {fill_span<true, true, false>, fill_span<true, true, true>}}},
+    {{{fill_span_nearest_opaque_sse2<false>, fill_span<false, false, true>},
+      {fill_span_nearest_opaque_sse2<true>, fill_span<false, true, true>}},
+     {{fill_span<true, false, false>, fill_span<true, false, true>},
+      {fill_span<true, true, false>, fill_span<true, true, true>}}},
 };
 
 span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
@@ -79,7 +172,7 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     setup.blue_row = colour_table_row(colour_tables.blue_temperature, tint);
     setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
     setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
-    setup.fill = span_fills[TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    setup.fill = span_fills[span_loops_vectorised != 0][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
     return setup;
 }
 

@@ -34,6 +34,10 @@ struct span_edge {
 
 enum { CLIP_CAPACITY = 4 };
 
+// 1 (the default): the span loops that have an SSE2 form use it; 0: the plain loops, pixel by
+// pixel. Both give the same pixels to the bit; tests compare them.
+extern int span_loops_vectorised;
+
 // Fills a triangle of either winding (back faces are the caller's business). tint is a row of the
 // temperature tables (0 ... 63); blend 0 draws opaque, else the translucency level (the new
 // colour's weight out of 63), depth-tested but leaving the depth buffer as it was.

@@ -69,10 +69,16 @@ struct drawn_frame {
     std::vector<float> depth;
 };
 
+struct pipeline_switches {
+    int32_t filtered, dithered;
+};
+
 // The scene of `seed` drawn with `threads` threads.
-drawn_frame draw_with_threads(uint32_t seed, int32_t threads)
+drawn_frame draw_with_threads(uint32_t seed, int32_t threads, pipeline_switches switches)
 {
-    test_frame frame(WIDTH, HEIGHT, 0x8123);
+    test_frame frame(WIDTH, HEIGHT, 0x8123); // switches the pipeline's choices off, and back when it goes
+    TEXTURE_INTERPOLATION = switches.filtered;
+    LIGHT_DITHERING = switches.dithered;
     random_scene scene(seed);
     render_threads = threads;
     begin_band_recording();
@@ -93,16 +99,16 @@ void expect_same_frame(const drawn_frame& expected, const drawn_frame& drawn, in
     EXPECT_EQ(depths_differ, 0) << threads << " threads";
 }
 
-void expect_same_frames_whatever_the_threads()
+void expect_same_frames_whatever_the_threads(pipeline_switches switches)
 {
     for (uint32_t seed = 1; seed <= 6; ++seed) {
-        drawn_frame alone = draw_with_threads(seed, 1);
+        drawn_frame alone = draw_with_threads(seed, 1, switches);
         int32_t covered = 0;
         for (uint16_t pixel : alone.colour)
             covered += pixel != 0x8123;
         EXPECT_GT(covered, WIDTH * HEIGHT / 2) << "the scene draws over most of the frame";
         for (int32_t threads = 2; threads <= 5; ++threads)
-            expect_same_frame(alone, draw_with_threads(seed, threads), threads);
+            expect_same_frame(alone, draw_with_threads(seed, threads, switches), threads);
     }
 }
 
@@ -110,16 +116,12 @@ void expect_same_frames_whatever_the_threads()
 
 TEST(frame_bands, random_scene_is_the_same_bit_for_bit_whatever_the_number_of_threads)
 {
-    expect_same_frames_whatever_the_threads();
+    expect_same_frames_whatever_the_threads({0, 0});
 }
 
 TEST(frame_bands, filtered_and_dithered_scene_is_the_same_whatever_the_number_of_threads)
 {
-    TEXTURE_INTERPOLATION = 1;
-    LIGHT_DITHERING = 1;
-    expect_same_frames_whatever_the_threads();
-    TEXTURE_INTERPOLATION = 0;
-    LIGHT_DITHERING = 0;
+    expect_same_frames_whatever_the_threads({1, 1});
 }
 
 TEST(frame_bands, one_thread_draws_at_once)
