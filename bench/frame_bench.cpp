@@ -31,54 +31,6 @@ namespace {
 
 using frame_clock = std::chrono::steady_clock;
 
-const int32_t PLACEMENTS = 200;
-
-// Feet position (y points down: -4.4 is the upper floor), then yaw and pitch in degrees.
-// Doors are shut: the walk passes through their leaves into the hall, the armoury and the solar.
-const standpoint walk[] = {
-    {0.0f, 0.0f, -6.0f, 0.0f, -10.0f},   // the yard, facing the keep
-    {-3.0f, 0.0f, -3.0f, 40.0f, -25.0f}, // the moon over the battlements
-    {2.0f, 0.0f, 3.0f, -20.0f, 0.0f},
-    {0.0f, 0.0f, 8.0f, 0.0f, 0.0f},      // before the oak door
-    {0.0f, 0.0f, 11.0f, 0.0f, 0.0f},     // the great hall
-    {0.0f, 0.0f, 13.3f, -90.0f, 0.0f},
-    {-6.5f, 0.0f, 13.3f, -90.0f, 5.0f},  // the kitchen
-    {-7.0f, 0.0f, 14.0f, 180.0f, 0.0f},
-    {-5.0f, 0.0f, 13.3f, 90.0f, 0.0f},
-    {3.5f, 0.0f, 13.3f, 90.0f, 0.0f},    // across the hall to the side door
-    {7.0f, 0.0f, 13.3f, 90.0f, 0.0f},    // the armoury
-    {7.0f, 0.0f, 15.0f, 0.0f, 0.0f},
-    {5.0f, 0.0f, 13.3f, -90.0f, 0.0f},
-    {0.0f, 0.0f, 17.0f, 0.0f, 0.0f},     // past the Warden
-    {0.0f, 0.0f, 22.0f, 45.0f, 0.0f},    // the storeroom
-    {3.0f, 0.0f, 23.0f, 90.0f, 0.0f},
-    {0.0f, 0.0f, 21.0f, 180.0f, 0.0f},
-    {0.0f, 0.0f, 18.8f, -90.0f, 0.0f},
-    {-6.0f, 0.0f, 18.8f, -90.0f, -10.0f},  // the stairwell
-    {-8.8f, 0.0f, 18.0f, 0.0f, -20.0f},    // the foot of the stairs
-    {-8.8f, -4.4f, 24.2f, 0.0f, 0.0f},     // their top
-    {-6.0f, -4.4f, 24.8f, 90.0f, 0.0f},
-    {-3.0f, -4.4f, 24.8f, 90.0f, 0.0f},    // the library
-    {0.0f, -4.4f, 21.0f, 180.0f, 0.0f},
-    {0.0f, -4.4f, 17.6f, 180.0f, 0.0f},
-    {0.0f, -4.4f, 15.0f, 180.0f, -5.0f},   // the solar
-    {0.0f, -4.4f, 12.0f, 180.0f, -10.0f},  // its stained-glass window
-    {2.0f, -4.4f, 13.0f, 45.0f, 0.0f},
-};
-const int32_t WAYPOINTS = sizeof walk / sizeof walk[0];
-
-// Placement i of PLACEMENTS, evenly spread over the walk's legs.
-standpoint placement_on_walk(int32_t i)
-{
-    float along = static_cast<float>(i) * (WAYPOINTS - 1) / (PLACEMENTS - 1);
-    int32_t leg = std::min(static_cast<int32_t>(along), WAYPOINTS - 2);
-    float t = along - static_cast<float>(leg);
-    const standpoint& a = walk[leg];
-    const standpoint& b = walk[leg + 1];
-    auto mix = [t](float from, float to) { return from + (to - from) * t; };
-    return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.yaw, b.yaw), mix(a.pitch, b.pitch)};
-}
-
 struct pass_times {
     frame_clock::time_point last;
     double seconds[FRAME_PASS_COUNT];
@@ -124,7 +76,7 @@ static void frame_along_the_walk(benchmark::State& state)
     passes = {};
     render_alpha = 1.0f;
     for (auto _ : state) {
-        for (int32_t i = 0; i < PLACEMENTS; ++i) {
+        for (int32_t i = 0; i < WALK_PLACEMENTS; ++i) {
             stand_at(placement_on_walk(i));
             game_time += 1.0f / 60.0f;
             real_time += 1.0 / 60.0;

@@ -10,6 +10,13 @@ struct standpoint {
     float x, y, z, yaw, pitch; // feet, degrees
 };
 
+// A fixed walk through the shipped level, the same for every benchmark that draws it: the yard,
+// the hall, the kitchen, the armoury, the storeroom, up the stairwell, the library and the solar.
+// Doors are shut: the walk passes through their leaves. Placement i of WALK_PLACEMENTS, evenly
+// spread over the walk's legs.
+enum { WALK_PLACEMENTS = 200 };
+standpoint placement_on_walk(int32_t i);
+
 // Runs game_init once in the source tree (later calls give the first result) with the debug panel
 // and the areas view switched off; 1 when the game started.
 int start_shipped_game();

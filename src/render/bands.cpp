@@ -196,3 +196,12 @@ int record_circle_outline(int32_t cx, int32_t cy, int32_t r, uint16_t colour)
     command->colour = colour;
     return 1;
 }
+
+void visit_recorded_triangles(void (*visit)(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex corners[3],
+                                            void* context),
+                              void* context)
+{
+    for (int32_t i = 0; i < command_count; ++i)
+        if (commands[i].kind == BAND_TRIANGLE)
+            visit(commands[i].tex, commands[i].tint, commands[i].blend, commands[i].corners, context);
+}

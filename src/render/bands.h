@@ -30,3 +30,9 @@ int record_triangle(const texture* tex, uint8_t tint, uint8_t blend, const scree
                     const screen_vertex* c);
 int record_line(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour);
 int record_circle_outline(int32_t cx, int32_t cy, int32_t r, uint16_t colour);
+
+// The triangles recorded so far, in their order, for programs that draw the same frame another way
+// (the benchmark against another rasterizer): visit is called once for each.
+void visit_recorded_triangles(void (*visit)(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex corners[3],
+                                            void* context),
+                              void* context);

@@ -226,6 +226,8 @@ def run(arguments, work):
         os.symlink(os.path.abspath(arguments.data), os.path.join(work, "gloamhold_data"))
     with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
         settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
+        if arguments.render_threads:
+            settings.write("RENDER_THREADS=%s\n" % arguments.render_threads)
 
     environment = dict(os.environ)
     wine_prefix = wine_prefix_of(arguments)
@@ -293,6 +295,7 @@ def main():
     parser.add_argument("--shot-name", default="window.png")
     parser.add_argument("--data", help="the gloamhold_data folder the program starts from")
     parser.add_argument("--reference", help="a gloamhold-headless whose frame the window must show")
+    parser.add_argument("--render-threads", help="RENDER_THREADS for the program and its reference")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)
