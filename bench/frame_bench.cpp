@@ -1,7 +1,9 @@
-// Whole frames of the shipped level at 640 x 480, drawn by the game's own frame driver along a
+// Whole frames of the shipped level, drawn by the game's own frame driver along a
 // fixed walk of 200 camera placements: the yard, the hall, the kitchen, the armoury, the storeroom,
 // up the stairwell, the library and the solar. Reports the median and 99th-percentile frame time
-// and the mean time of each pass, timed through the frame driver's pass hook.
+// and the mean time of each pass, timed through the frame driver's pass hook, at 640 x 480,
+// 1280 x 720 and 1920 x 1080, and at 1280 x 720 with texture filtering and with light dithering,
+// each with one and with two threads.
 //
 // The player is moved straight to each placement (no update runs, so nothing falls or collides);
 // the clocks advance by one frame at 60 frames a second, so the Warden's animation plays. The
@@ -20,60 +22,14 @@
 #include "core/debug_flags.h"
 #include "core/frame.h"
 #include "core/loop_state.h"
+#include "core/settings.h"
+#include "render/bands.h"
 #include "game/player.h"
 #include "shipped_game.h"
 
 namespace {
 
 using frame_clock = std::chrono::steady_clock;
-
-const int32_t PLACEMENTS = 200;
-
-// Feet position (y points down: -4.4 is the upper floor), then yaw and pitch in degrees.
-// Doors are shut: the walk passes through their leaves into the hall, the armoury and the solar.
-const standpoint walk[] = {
-    {0.0f, 0.0f, -6.0f, 0.0f, -10.0f},   // the yard, facing the keep
-    {-3.0f, 0.0f, -3.0f, 40.0f, -25.0f}, // the moon over the battlements
-    {2.0f, 0.0f, 3.0f, -20.0f, 0.0f},
-    {0.0f, 0.0f, 8.0f, 0.0f, 0.0f},      // before the oak door
-    {0.0f, 0.0f, 11.0f, 0.0f, 0.0f},     // the great hall
-    {0.0f, 0.0f, 13.3f, -90.0f, 0.0f},
-    {-6.5f, 0.0f, 13.3f, -90.0f, 5.0f},  // the kitchen
-    {-7.0f, 0.0f, 14.0f, 180.0f, 0.0f},
-    {-5.0f, 0.0f, 13.3f, 90.0f, 0.0f},
-    {3.5f, 0.0f, 13.3f, 90.0f, 0.0f},    // across the hall to the side door
-    {7.0f, 0.0f, 13.3f, 90.0f, 0.0f},    // the armoury
-    {7.0f, 0.0f, 15.0f, 0.0f, 0.0f},
-    {5.0f, 0.0f, 13.3f, -90.0f, 0.0f},
-    {0.0f, 0.0f, 17.0f, 0.0f, 0.0f},     // past the Warden
-    {0.0f, 0.0f, 22.0f, 45.0f, 0.0f},    // the storeroom
-    {3.0f, 0.0f, 23.0f, 90.0f, 0.0f},
-    {0.0f, 0.0f, 21.0f, 180.0f, 0.0f},
-    {0.0f, 0.0f, 18.8f, -90.0f, 0.0f},
-    {-6.0f, 0.0f, 18.8f, -90.0f, -10.0f},  // the stairwell
-    {-8.8f, 0.0f, 18.0f, 0.0f, -20.0f},    // the foot of the stairs
-    {-8.8f, -4.4f, 24.2f, 0.0f, 0.0f},     // their top
-    {-6.0f, -4.4f, 24.8f, 90.0f, 0.0f},
-    {-3.0f, -4.4f, 24.8f, 90.0f, 0.0f},    // the library
-    {0.0f, -4.4f, 21.0f, 180.0f, 0.0f},
-    {0.0f, -4.4f, 17.6f, 180.0f, 0.0f},
-    {0.0f, -4.4f, 15.0f, 180.0f, -5.0f},   // the solar
-    {0.0f, -4.4f, 12.0f, 180.0f, -10.0f},  // its stained-glass window
-    {2.0f, -4.4f, 13.0f, 45.0f, 0.0f},
-};
-const int32_t WAYPOINTS = sizeof walk / sizeof walk[0];
-
-// Placement i of PLACEMENTS, evenly spread over the walk's legs.
-standpoint placement_on_walk(int32_t i)
-{
-    float along = static_cast<float>(i) * (WAYPOINTS - 1) / (PLACEMENTS - 1);
-    int32_t leg = std::min(static_cast<int32_t>(along), WAYPOINTS - 2);
-    float t = along - static_cast<float>(leg);
-    const standpoint& a = walk[leg];
-    const standpoint& b = walk[leg + 1];
-    auto mix = [t](float from, float to) { return from + (to - from) * t; };
-    return {mix(a.x, b.x), mix(a.y, b.y), mix(a.z, b.z), mix(a.yaw, b.yaw), mix(a.pitch, b.pitch)};
-}
 
 struct pass_times {
     frame_clock::time_point last;
@@ -106,17 +62,21 @@ double percentile(std::vector<double> values, double fraction)
 
 } // namespace
 
+// Arguments: width, height, TEXTURE_INTERPOLATION, LIGHT_DITHERING, threads.
 static void frame_along_the_walk(benchmark::State& state)
 {
-    if (!start_game()) {
+    if (!start_game() || !use_frame_size(static_cast<int32_t>(state.range(0)), static_cast<int32_t>(state.range(1)))) {
         state.SkipWithError("the game did not start from the shipped data");
         return;
     }
+    TEXTURE_INTERPOLATION = static_cast<int32_t>(state.range(2));
+    LIGHT_DITHERING = static_cast<int32_t>(state.range(3));
+    render_threads = static_cast<int32_t>(state.range(4));
     std::vector<double> frame_ms;
     passes = {};
     render_alpha = 1.0f;
     for (auto _ : state) {
-        for (int32_t i = 0; i < PLACEMENTS; ++i) {
+        for (int32_t i = 0; i < WALK_PLACEMENTS; ++i) {
             stand_at(placement_on_walk(i));
             game_time += 1.0f / 60.0f;
             real_time += 1.0 / 60.0;
@@ -131,8 +91,22 @@ static void frame_along_the_walk(benchmark::State& state)
     state.counters["median_ms"] = percentile(frame_ms, 0.5);
     state.counters["p99_ms"] = percentile(frame_ms, 0.99);
     static const char* const pass_names[FRAME_PASS_COUNT] = {"setup_ms", "visibility_ms", "occlusion_ms", "sky_ms",
-                                                            "opaque_ms", "translucent_ms", "overlays_ms"};
+                                                            "opaque_ms", "translucent_ms", "bands_ms", "overlays_ms"};
     for (int32_t pass = 0; pass < FRAME_PASS_COUNT; ++pass)
         state.counters[pass_names[pass]] = passes.seconds[pass] * 1000.0 / frames;
+    TEXTURE_INTERPOLATION = 0;
+    LIGHT_DITHERING = 0;
+    render_threads = 1;
 }
-BENCHMARK(frame_along_the_walk)->Unit(benchmark::kMillisecond)->Iterations(10);
+// Each resolution and option with one thread and with two, the two runs side by side.
+static void frame_configurations(benchmark::internal::Benchmark* bench)
+{
+    const int64_t configurations[][4] = {
+        {640, 480, 0, 0}, {1280, 720, 0, 0}, {1920, 1080, 0, 0}, {1280, 720, 1, 0}, {1280, 720, 0, 1},
+    };
+    bench->ArgNames({"width", "height", "filtered", "dithered", "threads"});
+    for (const auto& c : configurations)
+        for (int64_t threads = 1; threads <= 2; ++threads)
+            bench->Args({c[0], c[1], c[2], c[3], threads});
+}
+BENCHMARK(frame_along_the_walk)->Apply(frame_configurations)->Unit(benchmark::kMillisecond)->Iterations(10);

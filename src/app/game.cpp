@@ -16,6 +16,7 @@
 #include "game/interaction.h"
 #include "game/light_styles.h"
 #include "game/player.h"
+#include "render/bands.h"
 #include "render/colour_tables.h"
 #include "render/debug_draw.h"
 #include "render/frame.h"
@@ -44,6 +45,7 @@ int game_init()
     if (!depth_buffer_create() || !occlusion_buffers_create())
         return 0;
     build_colour_tables();
+    render_threads = render_thread_count(RENDER_THREADS);
     game_time = 0.0f;
     fov_current = FOV * DEGREES_TO_RADIANS;
     clear_player_motion();
@@ -218,7 +220,8 @@ static const model* object_model(int32_t object_index)
 }
 
 // Visibility, the sky into every open block, the objects that are not hidden, then the
-// translucent triangles farthest first.
+// translucent triangles farthest first. With more than one thread, the sky and the objects are
+// recorded and then drawn in bands.
 static void draw_world()
 {
     if (debug_portal_culling)
@@ -231,6 +234,7 @@ static void draw_world()
     }
     reduce_occlusion_buffer();
     end_pass(FRAME_PASS_OCCLUSION);
+    begin_band_recording();
     draw_sky();
     end_pass(FRAME_PASS_SKY);
     for (int32_t i = 0; i < draw_list_count; ++i) {
@@ -242,6 +246,8 @@ static void draw_world()
     sort_deferred_triangles();
     draw_deferred_triangles();
     end_pass(FRAME_PASS_TRANSLUCENT);
+    draw_recorded_bands();
+    end_pass(FRAME_PASS_BANDS);
 }
 
 // A red picture (each pixel's blue moves into red, all else is dropped, by one shift of the

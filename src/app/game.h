@@ -24,6 +24,8 @@ enum frame_pass : int32_t {
     FRAME_PASS_SKY,
     FRAME_PASS_OPAQUE,      // every listed object that is not hidden
     FRAME_PASS_TRANSLUCENT, // the deferred triangles, sorted and drawn
+    FRAME_PASS_BANDS,       // with more than one thread: the sky, objects and deferred triangles,
+                            // recorded by the three passes before, drawn band by band
     FRAME_PASS_OVERLAYS,    // death screen and debug views
     FRAME_PASS_COUNT
 };

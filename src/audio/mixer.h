@@ -56,3 +56,7 @@ void audio_refill_block(uint8_t* block, uint32_t bytes);
 // volume as unsigned numbers, so any volume but 1.0 distorts negative samples. The game's sounds
 // are mixed this way on purpose; mixer_test pins the distortion.
 void mix_block(uint8_t* block, uint32_t frame_count);
+
+// 1 (the default): voices mixed into 16-bit stereo four frames at a time with SSE2; 0: all of it
+// frame by frame. The two give the same bytes; tests compare them.
+extern int mixer_vectorised;

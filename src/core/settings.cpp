@@ -20,6 +20,7 @@ int32_t TEXTURE_INTERPOLATION = 0;
 int32_t TEXTURE_DITHERING = 0;
 int32_t LIGHT_DITHERING = 0;
 int32_t ENABLE_HEAD_BOBBING = 0;
+int32_t RENDER_THREADS = 0;
 
 enum {
     INI_READ_BUFFER = 512,
@@ -112,6 +113,13 @@ static void setting_float(const ini_table* table, const char* key, float* settin
         *setting = fallback;
 }
 
+// A thread count below 0 cannot be meant: it keeps the default like a value that does not parse.
+static void setting_thread_count(const ini_table* table)
+{
+    int32_t threads;
+    RENDER_THREADS = ini_get_int(table, "RENDER_THREADS", &threads) && threads >= 0 ? threads : 0;
+}
+
 // "800x600": split at the first lower-case x; both halves must parse, or both take the default.
 static void setting_resolution(const ini_table* table)
 {
@@ -143,6 +151,7 @@ int load_settings(const char* file_name)
     setting_int(&table, "TEXTURE_DITHERING", &TEXTURE_DITHERING, 0);
     setting_int(&table, "LIGHT_DITHERING", &LIGHT_DITHERING, 0);
     setting_int(&table, "ENABLE_HEAD_BOBBING", &ENABLE_HEAD_BOBBING, 0);
+    setting_thread_count(&table);
     ini_free(&table);
     return 1;
 }

@@ -44,3 +44,4 @@ extern int32_t TEXTURE_INTERPOLATION;        // filtered texture fetch (0); F10
 extern int32_t TEXTURE_DITHERING;            // dithering when textures are converted (0); F11
 extern int32_t LIGHT_DITHERING;              // ordered dithering of light levels (0); F9
 extern int32_t ENABLE_HEAD_BOBBING;          // camera bob while walking (0)
+extern int32_t RENDER_THREADS;               // threads drawing each frame; 0 one per processor (0)

@@ -82,3 +82,15 @@ void platform_audio_unlock();
 
 // play_sound: a voice of `sound` has started (the headless host lists them; the others ignore it).
 void platform_audio_voice_started(int32_t sound);
+
+// ---- Worker threads -------------------------------------------------------------------------
+
+// The renderer, to size its default thread count: the processors the machine offers (at least 1).
+int32_t platform_processor_count();
+
+// The renderer, one caller at a time: runs task(i, context) once for every i in 0 ... count - 1,
+// spread over `threads` threads counting the caller (workers are started the first time they are
+// needed and kept for later calls), and returns when every task has finished. The tasks must not
+// depend on the order they run in. 1 when every worker asked for could help; 0 when some could not
+// be started, the remaining threads (at worst the caller alone) then ran every task.
+int platform_run_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context);

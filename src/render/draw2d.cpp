@@ -3,6 +3,7 @@
 #include <math.h>
 #include <stdlib.h>
 
+#include "render/bands.h"
 #include "render/frame.h"
 
 static int32_t clamp_int(int32_t value, int32_t low, int32_t high)
@@ -74,13 +75,21 @@ static void plot(int32_t x, int32_t y, uint16_t colour)
 
 void draw_line(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour)
 {
+    if (!record_line(x0, y0, x1, y1, colour))
+        draw_line_rows(x0, y0, x1, y1, colour, 0, frame_height);
+}
+
+void draw_line_rows(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour, int32_t first_row,
+                    int32_t end_row)
+{
     int32_t dx = abs(x1 - x0);
     int32_t dy = abs(y1 - y0);
     int32_t step_x = x0 < x1 ? 1 : -1;
     int32_t step_y = y0 < y1 ? 1 : -1;
     int32_t err = dx - dy;
     for (;;) {
-        plot_on_top(x0, y0, colour);
+        if (y0 >= first_row && y0 < end_row)
+            plot_on_top(x0, y0, colour);
         if (x0 == x1 && y0 == y1)
             return;
         int32_t twice = 2 * err;
@@ -115,16 +124,22 @@ static void draw_chord(int32_t x0, int32_t x1, int32_t y, uint16_t colour)
         draw_line(x0, y, x1, y1, colour);
 }
 
-static void plot_inside(int32_t x, int32_t y, uint16_t colour)
+void draw_circle(int32_t cx, int32_t cy, int32_t r, uint16_t colour, int filled)
 {
-    if (x >= 0 && x < frame_width && y >= 0 && y < frame_height)
-        plot(x, y, colour);
+    if (filled || !record_circle_outline(cx, cy, r, colour))
+        draw_circle_rows(cx, cy, r, colour, filled, 0, frame_height);
 }
 
-void draw_circle(int32_t cx, int32_t cy, int32_t r, uint16_t colour, int filled)
+void draw_circle_rows(int32_t cx, int32_t cy, int32_t r, uint16_t colour, int filled, int32_t first_row,
+                      int32_t end_row)
 {
     if (r < 0)
         return;
+    // Outline pixels outside the frame or the rows are skipped; chords are lines, which skip them.
+    auto plot_inside = [first_row, end_row, colour](int32_t px, int32_t py) {
+        if (py >= first_row && py < end_row)
+            plot(px, py, colour);
+    };
     int32_t x = 0;
     int32_t y = r;
     int32_t d = 3 - 2 * r;
@@ -135,14 +150,14 @@ void draw_circle(int32_t cx, int32_t cy, int32_t r, uint16_t colour, int filled)
             draw_chord(cx - y, cx + y, cy + x, colour);
             draw_chord(cx - y, cx + y, cy - x, colour);
         } else {
-            plot_inside(cx + x, cy + y, colour);
-            plot_inside(cx - x, cy + y, colour);
-            plot_inside(cx + x, cy - y, colour);
-            plot_inside(cx - x, cy - y, colour);
-            plot_inside(cx + y, cy + x, colour);
-            plot_inside(cx - y, cy + x, colour);
-            plot_inside(cx + y, cy - x, colour);
-            plot_inside(cx - y, cy - x, colour);
+            plot_inside(cx + x, cy + y);
+            plot_inside(cx - x, cy + y);
+            plot_inside(cx + x, cy - y);
+            plot_inside(cx - x, cy - y);
+            plot_inside(cx + y, cy + x);
+            plot_inside(cx - y, cy + x);
+            plot_inside(cx + y, cy - x);
+            plot_inside(cx - y, cy - x);
         }
         if (d < 0) {
             d += 4 * x + 6;

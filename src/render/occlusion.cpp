@@ -1,5 +1,6 @@
 #include "render/occlusion.h"
 
+#include <emmintrin.h>
 #include <math.h>
 #include <string.h>
 
@@ -179,21 +180,30 @@ void rasterize_occluders(const model* m, const placement* place)
 void reduce_occlusion_buffer()
 {
     const size_t stride = static_cast<size_t>(occlusion_fine_width);
+    const __m128 zero = _mm_setzero_ps();
     for (int32_t r = 0; r < occlusion_rows; ++r) {
+        const float* rows = depth_buffer + static_cast<size_t>(4 * r) * stride;
         for (int32_t c = 0; c < occlusion_columns; ++c) {
-            float farthest = HUGE_VALF;
-            int open = 0;
-            for (int32_t j = 0; j < 4 && !open; ++j) {
-                const float* row = depth_buffer + static_cast<size_t>(4 * r + j) * stride + static_cast<size_t>(4 * c);
-                for (int32_t i = 0; i < 4; ++i) {
-                    if (row[i] == 0.0f) {
-                        open = 1; // one pixel without an occluder: the cell hides nothing
-                        break;
-                    }
-                    farthest = row[i] < farthest ? row[i] : farthest;
-                }
+            const float* cell = rows + static_cast<size_t>(4 * c);
+            __m128 row0 = _mm_loadu_ps(cell);
+            __m128 row1 = _mm_loadu_ps(cell + stride);
+            __m128 row2 = _mm_loadu_ps(cell + 2 * stride);
+            __m128 row3 = _mm_loadu_ps(cell + 3 * stride);
+            __m128 empty = _mm_or_ps(_mm_or_ps(_mm_cmpeq_ps(row0, zero), _mm_cmpeq_ps(row1, zero)),
+                                     _mm_or_ps(_mm_cmpeq_ps(row2, zero), _mm_cmpeq_ps(row3, zero)));
+            float value = 0.0f; // one pixel without an occluder: the cell hides nothing
+            if (!_mm_movemask_ps(empty)) {
+                // minps(a, b) is a < b ? a : b, so a value that is not a number is passed over
+                // (the running minimum starts at infinity), whatever order the 16 come in.
+                __m128 farthest = _mm_min_ps(row0, _mm_set1_ps(HUGE_VALF));
+                farthest = _mm_min_ps(row1, farthest);
+                farthest = _mm_min_ps(row2, farthest);
+                farthest = _mm_min_ps(row3, farthest);
+                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(1, 0, 3, 2)), farthest);
+                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(2, 3, 0, 1)), farthest);
+                value = _mm_cvtss_f32(farthest);
             }
-            occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] = open ? 0.0f : farthest;
+            occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] = value;
         }
     }
     memset(depth_buffer, 0, stride * static_cast<size_t>(occlusion_fine_height) * sizeof(float));

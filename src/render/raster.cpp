@@ -5,8 +5,11 @@
 
 #include "core/settings.h"
 #include "render/colour_tables.h"
+#include "render/bands.h"
 #include "render/frame.h"
 #include "render/pixel_pipeline.h"
+
+int span_loops_vectorised = 1;
 
 namespace {
 
@@ -60,14 +63,257 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_
     }
 }
 
+// The opaque span loops four pixels at a time, with the same result as fill_span to the bit. The
+// four interpolated quantities step together in the lanes of one vector, each lane adding the same
+// step in the same order as the plain loop, so every pixel sees exactly its value there; the
+// division, the texel addresses, the filter's weights and mix and the light levels are then worked
+// out for four pixels at once with the same single operations in the same order, and only the
+// texel and table look-ups and the stores of the pixels that pass the depth test stay one by one.
+
+// What the vector loops keep for a whole span.
+struct span_lanes {
+    __m128 quantities; // 1/w, u/w, v/w, l/w of the next pixel
+    __m128 steps;
+    float dither_row[8]; // this row's dither offsets, twice over, to read four from any x & 3
+};
+
+span_lanes start_lanes(int32_t y, const span_edge* at, const span_edge* step)
+{
+    span_lanes lanes;
+    lanes.quantities = _mm_setr_ps(at->inv_w, at->u_w, at->v_w, at->l_w);
+    lanes.steps = _mm_setr_ps(step->inv_w, step->u_w, step->v_w, step->l_w);
+    for (int32_t k = 0; k < 8; ++k)
+        lanes.dither_row[k] = light_dither_offset(k, y);
+    return lanes;
+}
+
+// The next four pixels' quantities, one vector per quantity (the first pixel in lane 0).
+PIXEL_INLINE void step_four_pixels(span_lanes* lanes, __m128* inv_w, __m128* u_w, __m128* v_w, __m128* l_w)
+{
+    *inv_w = lanes->quantities;
+    *u_w = _mm_add_ps(*inv_w, lanes->steps);
+    *v_w = _mm_add_ps(*u_w, lanes->steps);
+    *l_w = _mm_add_ps(*v_w, lanes->steps);
+    lanes->quantities = _mm_add_ps(*l_w, lanes->steps);
+    _MM_TRANSPOSE4_PS(*inv_w, *u_w, *v_w, *l_w);
+}
+
+// The fewer than four pixels left, one by one from where the lanes stopped.
+template <bool filtered, bool dithered>
+void finish_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, const span_lanes* lanes,
+                 span_edge step)
+{
+    alignas(16) float left[4];
+    _mm_store_ps(left, lanes->quantities);
+    span_edge rest = {static_cast<float>(x), left[0], left[1], left[2], left[3]};
+    fill_span<filtered, dithered, false>(setup, y, x, end, rest, step);
+}
+
+// The light levels of four shades, as light_level or light_level_dithered gives them.
+template <bool dithered> PIXEL_INLINE __m128i light_levels(__m128 l, const span_lanes* lanes, int32_t x)
+{
+    if (dithered) {
+        const __m128 zero = _mm_setzero_ps(), one = _mm_set1_ps(1.0f);
+        l = _mm_add_ps(l, _mm_loadu_ps(lanes->dither_row + (x & 3)));
+        l = _mm_andnot_ps(_mm_cmplt_ps(l, zero), l); // below 0 becomes 0; NaN and -0 stay
+        __m128 above = _mm_cmpgt_ps(l, one);
+        l = _mm_or_ps(_mm_and_ps(above, one), _mm_andnot_ps(above, l));
+    }
+    return _mm_and_si128(_mm_cvttps_epi32(_mm_mul_ps(l, _mm_set1_ps(63.0f))), _mm_set1_epi32(0xFF));
+}
+
+// Lit, tinted and stored: the opaque ones of four texels whose pixels passed the depth test.
+PIXEL_INLINE void store_four_pixels(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, int passing,
+                                    const uint32_t texels[4], __m128i levels, __m128 inv_w)
+{
+    alignas(16) int32_t level[4];
+    alignas(16) float inv_ws[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(level), levels);
+    _mm_store_ps(inv_ws, inv_w);
+    for (int32_t k = 0; k < 4; ++k) {
+        if ((passing & (1 << k)) && (texels[k] & PIXEL_OPAQUE)) {
+            colour[x + k] = shade_texel(texels[k], static_cast<uint8_t>(level[k]), setup->red_row, setup->blue_row);
+            depth[x + k] = inv_ws[k];
+        }
+    }
+}
+
+// Which of four pixels pass the depth test, as bits: !(depth >= 1/w), so that a NaN depth or 1/w
+// draws as in the plain loop.
+PIXEL_INLINE int depth_passing(const float* depth, int32_t x, __m128 inv_w)
+{
+    return _mm_movemask_ps(_mm_cmpnge_ps(_mm_loadu_ps(depth + x), inv_w));
+}
+
+// truncate(a) & mask, for four a.
+PIXEL_INLINE __m128i truncated_and_masked(__m128 a, __m128i mask)
+{
+    return _mm_and_si128(_mm_cvttps_epi32(a), mask);
+}
+
+template <bool dithered>
+void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
+                                   span_edge step)
+{
+    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
+    uint16_t* colour = color_buffer + row;
+    float* depth = depth_buffer + row;
+    const texture* tex = &setup->tex;
+    const __m128 zero = _mm_setzero_ps();
+    const __m128 one = _mm_set1_ps(1.0f);
+    const __m128 width_f = _mm_set1_ps(tex->width_f);
+    const __m128 height_f = _mm_set1_ps(tex->height_f);
+    const __m128i width_mask = _mm_set1_epi32(tex->width_mask);
+    const __m128i height_mask = _mm_set1_epi32(tex->height_mask);
+    const __m128i row_shift = _mm_cvtsi32_si128(tex->row_shift);
+    span_lanes lanes = start_lanes(y, &at, &step);
+    for (; x + 4 <= end; x += 4) {
+        __m128 inv_w, u_w, v_w, l_w;
+        step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
+        int passing = depth_passing(depth, x, inv_w);
+        if (!passing)
+            continue;
+        __m128 w = _mm_div_ps(one, inv_w);
+        __m128 u = _mm_mul_ps(u_w, w);
+        __m128 v = _mm_mul_ps(v_w, w);
+        // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
+        __m128i column = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, width_f)),
+                                                     _mm_castps_si128(_mm_cmplt_ps(u, zero))),
+                                       width_mask);
+        __m128i texel_row = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, height_f)),
+                                                        _mm_castps_si128(_mm_cmplt_ps(v, zero))),
+                                          height_mask);
+        alignas(16) int32_t index[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(index), _mm_or_si128(_mm_sll_epi32(texel_row, row_shift), column));
+        uint32_t texels[4];
+        for (int32_t k = 0; k < 4; ++k)
+            texels[k] = (passing & (1 << k)) ? tex->texels[index[k]] : 0;
+        store_four_pixels(setup, colour, depth, x, passing, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
+                          inv_w);
+    }
+    finish_span<false, dithered>(setup, y, x, end, &lanes, step);
+}
+
+// texture_fraction for four a.
+PIXEL_INLINE __m128 texture_fractions(__m128 a)
+{
+    __m128 fraction = _mm_sub_ps(a, _mm_cvtepi32_ps(_mm_cvttps_epi32(a)));
+    __m128 negative = _mm_cmplt_ps(fraction, _mm_setzero_ps());
+    return _mm_or_ps(_mm_and_ps(negative, _mm_add_ps(fraction, _mm_set1_ps(1.0f))), _mm_andnot_ps(negative, fraction));
+}
+
+// One channel of four texels, masked and scaled down to 0 ... 31, as a float (both exact).
+PIXEL_INLINE __m128 channel_of(__m128i texels, int32_t bits_mask, float scale)
+{
+    return _mm_mul_ps(_mm_cvtepi32_ps(_mm_and_si128(texels, _mm_set1_epi32(bits_mask))), _mm_set1_ps(scale));
+}
+
+// (a * wa + b * wb) + c * wc, lane by lane, as sample_filtered mixes each channel.
+PIXEL_INLINE __m128i mix_channel(__m128 a, __m128 b, __m128 c, __m128 wa, __m128 wb, __m128 wc)
+{
+    return _mm_cvttps_epi32(_mm_add_ps(_mm_add_ps(_mm_mul_ps(a, wa), _mm_mul_ps(b, wb)), _mm_mul_ps(c, wc)));
+}
+
+template <bool dithered>
+void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
+                                    span_edge step)
+{
+    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
+    uint16_t* colour = color_buffer + row;
+    float* depth = depth_buffer + row;
+    const texture* tex = &setup->tex;
+    const uint16_t* texture_texels = tex->texels;
+    const __m128 one = _mm_set1_ps(1.0f);
+    const __m128 half = _mm_set1_ps(0.5f);
+    const __m128 width_f = _mm_set1_ps(tex->width_f);
+    const __m128 height_f = _mm_set1_ps(tex->height_f);
+    const __m128i width_mask = _mm_set1_epi32(tex->width_mask);
+    const __m128i height_mask = _mm_set1_epi32(tex->height_mask);
+    const __m128i row_shift = _mm_cvtsi32_si128(tex->row_shift);
+    span_lanes lanes = start_lanes(y, &at, &step);
+    for (; x + 4 <= end; x += 4) {
+        __m128 inv_w, u_w, v_w, l_w;
+        step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
+        int passing = depth_passing(depth, x, inv_w);
+        if (!passing)
+            continue;
+        __m128 w = _mm_div_ps(one, inv_w);
+        __m128 fu = _mm_mul_ps(texture_fractions(_mm_mul_ps(u_w, w)), width_f);
+        __m128 fv = _mm_mul_ps(texture_fractions(_mm_mul_ps(v_w, w)), height_f);
+        __m128i near_index = _mm_or_si128(_mm_sll_epi32(truncated_and_masked(fv, height_mask), row_shift),
+                                          truncated_and_masked(fu, width_mask));
+        __m128 gu = _mm_sub_ps(fu, half);
+        __m128 gv = _mm_sub_ps(fv, half);
+        __m128i x0 = truncated_and_masked(gu, width_mask);
+        __m128i y0 = truncated_and_masked(gv, height_mask);
+        __m128 fx = _mm_sub_ps(gu, _mm_cvtepi32_ps(x0));
+        __m128 fy = _mm_sub_ps(gv, _mm_cvtepi32_ps(y0));
+        __m128i x1 = _mm_and_si128(_mm_add_epi32(x0, _mm_set1_epi32(1)), width_mask);
+        __m128i y1 = _mm_and_si128(_mm_add_epi32(y0, _mm_set1_epi32(1)), height_mask);
+        __m128 upper_left = _mm_cmple_ps(_mm_add_ps(fx, fy), one);
+        __m128i upper_left_bits = _mm_castps_si128(upper_left);
+        __m128i row0 = _mm_sll_epi32(y0, row_shift), row1 = _mm_sll_epi32(y1, row_shift);
+        __m128i index_c = _mm_or_si128(_mm_and_si128(upper_left_bits, _mm_or_si128(row0, x0)),
+                                       _mm_andnot_si128(upper_left_bits, _mm_or_si128(row1, x1)));
+        alignas(16) int32_t nears[4], as[4], bs[4], cs[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(nears), near_index);
+        _mm_store_si128(reinterpret_cast<__m128i*>(as), _mm_or_si128(row1, x0));
+        _mm_store_si128(reinterpret_cast<__m128i*>(bs), _mm_or_si128(row0, x1));
+        _mm_store_si128(reinterpret_cast<__m128i*>(cs), index_c);
+        // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does.
+        int opaque = 0;
+        alignas(16) int32_t a_texels[4], b_texels[4], c_texels[4];
+        for (int32_t k = 0; k < 4; ++k) {
+            a_texels[k] = b_texels[k] = c_texels[k] = 0;
+            if (!(passing & (1 << k)) || !(texture_texels[nears[k]] & PIXEL_OPAQUE))
+                continue;
+            opaque |= 1 << k;
+            a_texels[k] = texture_texels[as[k]];
+            b_texels[k] = texture_texels[bs[k]];
+            c_texels[k] = texture_texels[cs[k]];
+        }
+        if (!opaque)
+            continue;
+        __m128 wa = _mm_or_ps(_mm_and_ps(upper_left, fy), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fx)));
+        __m128 wb = _mm_or_ps(_mm_and_ps(upper_left, fx), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fy)));
+        __m128 wc = _mm_or_ps(_mm_and_ps(upper_left, _mm_sub_ps(_mm_sub_ps(one, fx), fy)),
+                              _mm_andnot_ps(upper_left, _mm_sub_ps(_mm_add_ps(fx, fy), one)));
+        __m128i a = _mm_load_si128(reinterpret_cast<const __m128i*>(a_texels));
+        __m128i b = _mm_load_si128(reinterpret_cast<const __m128i*>(b_texels));
+        __m128i c = _mm_load_si128(reinterpret_cast<const __m128i*>(c_texels));
+        __m128i red = mix_channel(channel_of(a, 0x7C00, 1.0f / 1024.0f), channel_of(b, 0x7C00, 1.0f / 1024.0f),
+                                  channel_of(c, 0x7C00, 1.0f / 1024.0f), wa, wb, wc);
+        __m128i green = mix_channel(channel_of(a, 0x03E0, 1.0f / 32.0f), channel_of(b, 0x03E0, 1.0f / 32.0f),
+                                    channel_of(c, 0x03E0, 1.0f / 32.0f), wa, wb, wc);
+        __m128i blue = mix_channel(channel_of(a, 0x001F, 1.0f), channel_of(b, 0x001F, 1.0f),
+                                   channel_of(c, 0x001F, 1.0f), wa, wb, wc);
+        // Extrapolated channels may leave 0 ... 31; their bits are combined as they are, in 16 bits.
+        __m128i mixed = _mm_or_si128(_mm_or_si128(_mm_slli_epi32(_mm_or_si128(red, _mm_set1_epi32(32)), 10),
+                                                  _mm_slli_epi32(green, 5)),
+                                     blue);
+        alignas(16) int32_t mixed_texels[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(mixed_texels), _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF)));
+        uint32_t texels[4];
+        for (int32_t k = 0; k < 4; ++k)
+            texels[k] = (opaque & (1 << k)) ? static_cast<uint32_t>(mixed_texels[k]) : 0;
+        store_four_pixels(setup, colour, depth, x, opaque, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
+                          inv_w);
+    }
+    finish_span<true, dithered>(setup, y, x, end, &lanes, step);
+}
+
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, span_edge, span_edge);
 
-// [filtered][dithered][translucent]
-const span_fill span_fills[2][2][2] = {
-    {{fill_span<false, false, false>, fill_span<false, false, true>},
-     {fill_span<false, true, false>, fill_span<false, true, true>}},
-    {{fill_span<true, false, false>, fill_span<true, false, true>},
-     {fill_span<true, true, false>, fill_span<true, true, true>}},
+// [vectorised][filtered][dithered][translucent]
+const span_fill span_fills[2][2][2][2] = {
+    {{{fill_span<false, false, false>, fill_span<false, false, true>},
+      {fill_span<false, true, false>, fill_span<false, true, true>}},
+     {{fill_span<true, false, false>, fill_span<true, false, true>},
+      {fill_span<true, true, false>, fill_span<true, true, true>}}},
+    {{{fill_span_nearest_opaque_sse2<false>, fill_span<false, false, true>},
+      {fill_span_nearest_opaque_sse2<true>, fill_span<false, true, true>}},
+     {{fill_span_filtered_opaque_sse2<false>, fill_span<true, false, true>},
+      {fill_span_filtered_opaque_sse2<true>, fill_span<true, true, true>}}},
 };
 
 span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
@@ -78,7 +324,7 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     setup.blue_row = colour_table_row(colour_tables.blue_temperature, tint);
     setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
     setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
-    setup.fill = span_fills[TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    setup.fill = span_fills[span_loops_vectorised != 0][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
     return setup;
 }
 
@@ -209,6 +455,13 @@ void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const
 void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
                    const screen_vertex* c)
 {
+    if (!record_triangle(tex, tint, blend, a, b, c))
+        draw_triangle_rows(tex, tint, blend, a, b, c, 0, frame_height);
+}
+
+void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a,
+                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row)
+{
     // Three compare-and-swaps that keep ties in their order: a with b, the lower of them with c,
     // then the upper pair again.
     const screen_vertex* top = a;
@@ -223,7 +476,12 @@ void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen
     float first = first_row_at_or_below(top->sy);
     float split = first_row_at_or_below(middle->sy);
     float last = first_row_at_or_below(bottom->sy);
-    if (!(first < last))
+    int32_t top_row = static_cast<int32_t>(first);
+    int32_t split_row = static_cast<int32_t>(split);
+    int32_t bottom_row = static_cast<int32_t>(last);
+    top_row = top_row > first_row ? top_row : first_row;
+    bottom_row = bottom_row < end_row ? bottom_row : end_row;
+    if (!(top_row < bottom_row))
         return;
 
     span_edge top_q = perspective_quantities(top);
@@ -234,12 +492,11 @@ void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen
     triangle_edge lower_edge = make_edge(middle, &middle_q, bottom, &bottom_q);
 
     span_setup setup = prepare_spans(tex, tint, blend);
-    int32_t first_row = static_cast<int32_t>(first);
-    int32_t split_row = static_cast<int32_t>(split);
-    int32_t end_row = static_cast<int32_t>(last);
-    // A flat upper or lower half has an empty row range, so its zero height is never divided by.
-    fill_rows(&setup, first_row, split_row, &long_edge, &upper_edge);
-    fill_rows(&setup, split_row, end_row, &long_edge, &lower_edge);
+    // Each row's edge points come from that row's own fraction, so drawing only some of the rows
+    // gives them exactly as drawing all of them would. A flat upper or lower half has an empty row
+    // range, so its zero height is never divided by.
+    fill_rows(&setup, top_row, split_row < bottom_row ? split_row : bottom_row, &long_edge, &upper_edge);
+    fill_rows(&setup, split_row > top_row ? split_row : top_row, bottom_row, &long_edge, &lower_edge);
 }
 
 int32_t clip_triangle_near(clip_vertex* vertices, float near_z)

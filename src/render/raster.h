@@ -34,11 +34,20 @@ struct span_edge {
 
 enum { CLIP_CAPACITY = 4 };
 
+// 1 (the default): the span loops that have an SSE2 form use it; 0: the plain loops, pixel by
+// pixel. Both give the same pixels to the bit; tests compare them.
+extern int span_loops_vectorised;
+
 // Fills a triangle of either winding (back faces are the caller's business). tint is a row of the
 // temperature tables (0 ... 63); blend 0 draws opaque, else the translucency level (the new
 // colour's weight out of 63), depth-tested but leaving the depth buffer as it was.
+// While the frame is recorded for its bands (render/bands.h), the triangle is recorded instead.
 void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
                    const screen_vertex* c);
+
+// The pixels that draw_triangle draws in rows first_row ... end_row - 1, exactly, and no others.
+void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a,
+                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row);
 
 // One row of a triangle between two edge points, in either order.
 void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const span_edge* left,

@@ -17,4 +17,7 @@ int load_sky_textures();
 
 // Every pixel of every coarse occlusion cell that is exactly 0: the nearest texel of the face the
 // pixel's view ray meets, written unchanged (no light, tint, depth or transparency).
+// While the frame is recorded for its bands (render/bands.h), the sky is recorded instead.
 void draw_sky();
+// The pixels of draw_sky in rows first_row ... end_row - 1.
+void draw_sky_rows(int32_t first_row, int32_t end_row);

@@ -406,6 +406,8 @@ def run(arguments, work):
             os.mkdir(os.path.join(work, "gloamhold_data"))
         with open(os.path.join(work, "settings.ini"), "w", newline="\r\n") as settings:
             settings.write("SCREEN_RESOLUTION=%dx%d\nSCREEN_SCALE=%s\n" % (width, height, arguments.scale))
+            if arguments.render_threads:
+                settings.write("RENDER_THREADS=%s\n" % arguments.render_threads)
 
     environment = dict(os.environ)
     wine_prefix = wine_prefix_of(arguments)
@@ -534,6 +536,7 @@ def main():
                         help="F12 must save the frame shown as screenshots/gloamhold-0001.png")
     parser.add_argument("--ticks", type=int, default=20,
                         help="updates the headless reference runs; its last frame is compared")
+    parser.add_argument("--render-threads", help="RENDER_THREADS for the program and its reference")
     arguments = parser.parse_args()
     if arguments.keep:
         os.makedirs(arguments.keep, exist_ok=True)

@@ -1,5 +1,7 @@
 // Golden frames: fixed placements in the shipped level (tests/golden/frames.txt), each drawn by the
-// real gloamhold-headless and compared pixel for pixel with its committed image. One test per frame.
+// real gloamhold-headless and compared pixel for pixel with its committed image. One test per frame
+// with the default number of render threads (one per processor), and one per frame for each of 1,
+// 2, 3 and 4 threads: the frame must come out the same however many threads draw it.
 //
 // A frame that differs is kept in the build tree and the failure says where, so that it can be
 // looked at. With GLOAMHOLD_REGENERATE_GOLDENS=1 in the environment (tests/golden/regenerate) every
@@ -104,14 +106,20 @@ std::string difference(const rgb_image& expected, const rgb_image& drawn)
 // link to the shipped data, the input script; the drawn frame is left there.
 class golden_frame_test : public testing::Test {
 public:
-    explicit golden_frame_test(golden_frame frame) : frame_(std::move(frame)) {}
+    // threads: the RENDER_THREADS written into the frame's settings, or 0 to leave the default.
+    golden_frame_test(golden_frame frame, int threads) : frame_(std::move(frame)), threads_(threads) {}
 
     void TestBody() override
     {
-        fs::path folder = fs::absolute(fs::path("golden_frames") / frame_.name);
+        std::string folder_name = frame_.name;
+        if (threads_ > 0)
+            folder_name += "_with_" + std::to_string(threads_) + "_threads";
+        fs::path folder = fs::absolute(fs::path("golden_frames") / folder_name);
         fs::remove_all(folder);
         fs::create_directories(folder);
         fs::copy_file(fs::path(GOLDEN_FOLDER) / "settings.ini", folder / "settings.ini");
+        if (threads_ > 0)
+            std::ofstream(folder / "settings.ini", std::ios::app) << "RENDER_THREADS=" << threads_ << "\n";
         link_shipped_data(folder.string());
         std::ofstream(folder / "script.txt") << script();
 
@@ -130,7 +138,8 @@ public:
         if (differs.empty())
             return;
         const char* regenerate = getenv("GLOAMHOLD_REGENERATE_GOLDENS");
-        if (regenerate && std::string(regenerate) == "1") {
+        // Only the frames drawn with the default threads are written: the others must then match them.
+        if (regenerate && std::string(regenerate) == "1" && threads_ == 0) {
             fs::copy_file(drawn_path, golden_path, fs::copy_options::overwrite_existing);
             printf("%s: %s; written over %s: look at it before committing it\n", frame_.name.c_str(),
                    differs.c_str(), golden_path.c_str());
@@ -155,6 +164,7 @@ private:
     }
 
     golden_frame frame_;
+    int threads_;
 };
 
 } // namespace
@@ -170,6 +180,14 @@ int main(int argc, char** argv)
     }
     for (const golden_frame& frame : frames)
         testing::RegisterTest("golden_frame", frame.name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
-                              [frame]() -> testing::Test* { return new golden_frame_test(frame); });
+                              [frame]() -> testing::Test* { return new golden_frame_test(frame, 0); });
+    static const char* const thread_suites[] = {"golden_frame_drawn_by_1_thread", "golden_frame_drawn_by_2_threads",
+                                                "golden_frame_drawn_by_3_threads", "golden_frame_drawn_by_4_threads"};
+    for (int threads = 1; threads <= 4; ++threads)
+        for (const golden_frame& frame : frames)
+            testing::RegisterTest(thread_suites[threads - 1], frame.name.c_str(), nullptr, nullptr, __FILE__,
+                                  __LINE__, [frame, threads]() -> testing::Test* {
+                                      return new golden_frame_test(frame, threads);
+                                  });
     return RUN_ALL_TESTS();
 }

@@ -15,7 +15,7 @@ void load_from(const std::string& bytes)
     FPS = UPS = -1;
     SCREEN_RESOLUTION = {-1, -1};
     SCREEN_SCALE = MOUSE_SENSITIVITY_X = MOUSE_SENSITIVITY_Y = AUDIO_VOLUME = FOV = -1.0f;
-    TEXTURE_INTERPOLATION = TEXTURE_DITHERING = LIGHT_DITHERING = ENABLE_HEAD_BOBBING = -1;
+    TEXTURE_INTERPOLATION = TEXTURE_DITHERING = LIGHT_DITHERING = ENABLE_HEAD_BOBBING = RENDER_THREADS = -1;
     std::string path = write_file(test_folder() + "/settings.ini", bytes);
     EXPECT_EQ(load_settings(path.c_str()), 1);
 }
@@ -40,6 +40,7 @@ void expect_all_defaults()
     EXPECT_EQ(TEXTURE_DITHERING, 0);
     EXPECT_EQ(LIGHT_DITHERING, 0);
     EXPECT_EQ(ENABLE_HEAD_BOBBING, 0);
+    EXPECT_EQ(RENDER_THREADS, 0);
 }
 
 } // namespace
@@ -81,6 +82,24 @@ TEST(load_settings, every_key_is_read)
     EXPECT_EQ(TEXTURE_DITHERING, 1);
     EXPECT_EQ(LIGHT_DITHERING, 1);
     EXPECT_EQ(ENABLE_HEAD_BOBBING, 1);
+}
+
+TEST(load_settings, render_threads_is_read)
+{
+    load_from("RENDER_THREADS=3\r\n");
+    EXPECT_EQ(RENDER_THREADS, 3);
+}
+
+TEST(load_settings, render_threads_that_does_not_parse_keeps_one_per_processor)
+{
+    load_from("RENDER_THREADS=two\r\n");
+    EXPECT_EQ(RENDER_THREADS, 0);
+}
+
+TEST(load_settings, negative_render_threads_keeps_one_per_processor)
+{
+    load_from("RENDER_THREADS=-2\r\n");
+    EXPECT_EQ(RENDER_THREADS, 0);
 }
 
 TEST(load_settings, resolution_with_lower_case_x)

@@ -1,5 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <math.h>
+#include <string.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
 #include "assets/world.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
@@ -137,6 +144,42 @@ TEST_F(occlusion_buffer, the_reduction_keeps_each_cells_farthest_occluder_and_cl
     EXPECT_EQ(coarse(0, 0), 1.0f);
     for (int32_t i = 0; i < 32 * 32; ++i)
         ASSERT_EQ(depth_buffer[i], 0.0f);
+}
+
+// The reduction of one cell, written plainly: 0 when any of its 16 pixels is 0, else the smallest
+// of them, a value that is not a number never counting as smaller.
+static float reduce_cell_plainly(int32_t column, int32_t row, const std::vector<float>& fine_pixels)
+{
+    float farthest = HUGE_VALF;
+    for (int32_t j = 0; j < 4; ++j) {
+        for (int32_t i = 0; i < 4; ++i) {
+            float value = fine_pixels[static_cast<size_t>((4 * row + j) * occlusion_fine_width + 4 * column + i)];
+            if (value == 0.0f)
+                return 0.0f;
+            farthest = value < farthest ? value : farthest;
+        }
+    }
+    return farthest;
+}
+
+TEST_F(occlusion_buffer, vectorised_reduction_matches_the_plain_rule_on_random_buffers)
+{
+    std::mt19937 random(5);
+    const float specials[] = {0.0f, -0.0f, NAN, INFINITY, -1.0f, 1e-30f};
+    for (int32_t round = 0; round < 50; ++round) {
+        std::vector<float> fine_pixels(static_cast<size_t>(occlusion_fine_width * occlusion_fine_height));
+        for (float& value : fine_pixels)
+            value = random() % 40 == 0 ? specials[random() % 6]
+                                       : std::uniform_real_distribution<float>(0.01f, 5.0f)(random);
+        std::copy(fine_pixels.begin(), fine_pixels.end(), depth_buffer);
+        reduce_occlusion_buffer();
+        for (int32_t row = 0; row < occlusion_rows; ++row)
+            for (int32_t column = 0; column < occlusion_columns; ++column) {
+                float expected = reduce_cell_plainly(column, row, fine_pixels);
+                EXPECT_EQ(memcmp(&expected, &occlusion_coarse[row * occlusion_columns + column], sizeof(float)), 0)
+                    << "cell " << column << ", " << row << " of round " << round;
+            }
+    }
 }
 
 TEST_F(occlusion_buffer, a_coarse_cell_with_any_pixel_free_of_occluders_never_hides)

@@ -5,6 +5,7 @@
 #include "assets/texture.h"
 #include "assets/world.h"
 #include "core/debug_flags.h"
+#include "platform/platform.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
 #include "render/sky.h"
@@ -158,4 +159,69 @@ TEST_F(sky_test, a_block_with_one_fine_pixel_uncovered_gets_sky_over_all_64_pixe
     for (int32_t y = 16; y < 24; ++y)
         for (int32_t x = 8; x < 16; ++x)
             ASSERT_EQ(frame->pixel(x, y), wall_colour);
+}
+
+// The sky written plainly, one pixel at a time: what the drawing must give for every pixel of an
+// open cell, however its loop is arranged.
+static uint16_t plain_sky_pixel(int32_t x, int32_t y, const texture* const faces[SKY_FACES])
+{
+    float width = static_cast<float>(frame_width), height = static_cast<float>(frame_height);
+    float kx = width / height > 1.0f ? width / height : 1.0f;
+    float s = projection_scale;
+    float ny = (static_cast<float>(y) / height - 0.5f) / s;
+    float nx = (static_cast<float>(x) / width - 0.5f) * kx / s;
+    float f = camera_pitch_cos - ny * camera_pitch_sin;
+    float dx = nx * camera_yaw_cos + f * camera_yaw_sin;
+    float dy = ny * camera_pitch_cos + camera_pitch_sin;
+    float dz = nx * camera_yaw_sin - f * camera_yaw_cos;
+    float ax = fabsf(dx), ay = fabsf(dy), az = fabsf(dz);
+    float a, b;
+    int32_t face;
+    if (ax >= ay && ax >= az) {
+        a = dy / ax;
+        b = (dx > 0.0f ? dz : -dz) / ax;
+        face = dx > 0.0f ? 0 : 1;
+    } else if (ay >= az) {
+        b = dx / ay;
+        a = (dy > 0.0f ? dz : -dz) / ay;
+        face = dy > 0.0f ? 2 : 3;
+    } else {
+        a = dy / az;
+        b = (dz > 0.0f ? -dx : dx) / az;
+        face = dz > 0.0f ? 4 : 5;
+    }
+    float u = (b + 1.0f) * 0.5f, v = (a + 1.0f) * 0.5f;
+    const texture* tex = faces[face];
+    int32_t column = (static_cast<int32_t>(u * tex->width_f) - (u < 0.0f)) & tex->width_mask;
+    int32_t row = (static_cast<int32_t>(v * tex->height_f) - (v < 0.0f)) & tex->height_mask;
+    return tex->texels[(row << tex->row_shift) | column];
+}
+
+TEST_F(sky_test, sky_matches_the_plain_per_pixel_rule_in_every_direction)
+{
+    const texture* faces[SKY_FACES];
+    uint32_t state = 1;
+    for (int32_t k = 0; k < SKY_FACES; ++k) {
+        texture* t = registry_at<texture>(&textures, sky_textures[k]);
+        platform_heap_free(t->texels); // the one-colour texel, made anew as 16 x 8 patterned ones
+        ASSERT_EQ(texture_create(t, 16, 8), 1);
+        for (int32_t i = 0; i < 16 * 8; ++i) {
+            state = state * 1103515245u + 12345u;
+            t->texels[i] = static_cast<uint16_t>(0x8000 | (state >> 17));
+        }
+        faces[k] = t;
+    }
+    for (int32_t turn = 0; turn < 40; ++turn) {
+        // Yaws and pitches all round, straight up and down among them.
+        float yaw = static_cast<float>(turn) * 0.41f - 8.0f;
+        float pitch = turn % 10 == 0 ? QUARTER_TURN : turn % 10 == 5 ? -QUARTER_TURN
+                                                                     : static_cast<float>(turn % 7) * 0.45f - 1.4f;
+        set_camera({0, 0, 0}, yaw, pitch);
+        draw_sky();
+        int32_t differ = 0;
+        for (int32_t y = 0; y < 64; ++y)
+            for (int32_t x = 0; x < 64; ++x)
+                differ += frame->pixel(x, y) != plain_sky_pixel(x, y, faces);
+        EXPECT_EQ(differ, 0) << "yaw " << yaw << ", pitch " << pitch;
+    }
 }

@@ -1,0 +1,50 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace {
+
+struct task_counts {
+    std::vector<std::atomic<int>> runs;
+    explicit task_counts(int32_t count) : runs(static_cast<size_t>(count)) {}
+};
+
+void count_run(int32_t index, void* context)
+{
+    static_cast<task_counts*>(context)->runs[static_cast<size_t>(index)]++;
+}
+
+} // namespace
+
+TEST(platform_run_parallel, every_task_runs_exactly_once_whatever_the_threads)
+{
+    for (int32_t threads = 1; threads <= 5; ++threads) {
+        for (int32_t count : {0, 1, 2, 7, 64}) {
+            task_counts counts(count);
+            EXPECT_EQ(platform_run_parallel(threads, count, count_run, &counts), 1);
+            for (int32_t i = 0; i < count; ++i)
+                EXPECT_EQ(counts.runs[static_cast<size_t>(i)].load(), 1)
+                    << "task " << i << " of " << count << " with " << threads << " threads";
+        }
+    }
+}
+
+TEST(platform_run_parallel, returns_after_the_last_task_has_finished)
+{
+    for (int32_t round = 0; round < 50; ++round) {
+        task_counts counts(16);
+        platform_run_parallel(3, 16, count_run, &counts);
+        int32_t finished = 0;
+        for (auto& runs : counts.runs)
+            finished += runs.load();
+        EXPECT_EQ(finished, 16);
+    }
+}
+
+TEST(platform_processor_count, is_at_least_one)
+{
+    EXPECT_GE(platform_processor_count(), 1);
+}

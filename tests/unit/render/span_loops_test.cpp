@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+#include <random>
+#include <vector>
+
+#include "core/settings.h"
+#include "render/raster.h"
+#include "support/test_frame.h"
+
+namespace {
+
+const int32_t WIDTH = 67;
+const int32_t HEIGHT = 41;
+
+// Triangles from a seed, with corners well past the frame, depths from very near to far, texture
+// coordinates of either sign and shades a little outside 0 ... 1, over a textured, partly
+// transparent texture; drawn with the vectorised or the plain span loops.
+struct span_frame {
+    std::vector<uint16_t> colour;
+    std::vector<float> depth;
+};
+
+struct pipeline_switches {
+    int32_t filtered, dithered;
+};
+
+span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switches switches)
+{
+    test_frame frame(WIDTH, HEIGHT, 0x8421); // switches the pipeline's choices off, and back when it goes
+    TEXTURE_INTERPOLATION = switches.filtered;
+    LIGHT_DITHERING = switches.dithered;
+    test_texture tex(16, 8, 0x8000);
+    std::mt19937 random(seed);
+    auto between = [&random](float low, float high) { return std::uniform_real_distribution<float>(low, high)(random); };
+    for (int32_t y = 0; y < 8; ++y)
+        for (int32_t x = 0; x < 16; ++x)
+            tex.set(x, y, static_cast<uint16_t>((random() % 5 == 0 ? 0 : 0x8000) | (random() & 0x7FFF)));
+    // Some depths already in the frame, so that the test passes and fails within one span.
+    for (float& d : frame.depth)
+        d = random() % 3 == 0 ? between(0.0f, 2.0f) : 0.0f;
+    span_loops_vectorised = vectorised;
+    for (int32_t i = 0; i < 300; ++i) {
+        screen_vertex corner[3];
+        for (screen_vertex& c : corner)
+            c = {between(-30.0f, WIDTH + 30.0f), between(-30.0f, HEIGHT + 30.0f), between(0.01f, 20.0f),
+                 between(-40.0f, 40.0f),         between(-40.0f, 40.0f),          between(-0.1f, 1.1f)};
+        draw_triangle(&tex.record, static_cast<uint8_t>(random() % 64), 0, &corner[0], &corner[1], &corner[2]);
+    }
+    span_loops_vectorised = 1;
+    return {frame.colour, frame.depth};
+}
+
+void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
+{
+    for (uint32_t seed = 1; seed <= 20; ++seed) {
+        span_frame plain = draw_random_triangles(seed, 0, switches);
+        span_frame vectorised = draw_random_triangles(seed, 1, switches);
+        int32_t colours_differ = 0, depths_differ = 0;
+        for (size_t i = 0; i < plain.colour.size(); ++i) {
+            colours_differ += plain.colour[i] != vectorised.colour[i];
+            depths_differ += memcmp(&plain.depth[i], &vectorised.depth[i], sizeof(float)) != 0;
+        }
+        EXPECT_EQ(colours_differ, 0) << "seed " << seed;
+        EXPECT_EQ(depths_differ, 0) << "seed " << seed;
+    }
+}
+
+} // namespace
+
+TEST(span_loops, vectorised_nearest_span_matches_the_plain_loop_on_random_triangles)
+{
+    expect_vectorised_loops_match_the_plain_ones({0, 0});
+}
+
+TEST(span_loops, vectorised_nearest_span_with_light_dithering_matches_the_plain_loop)
+{
+    expect_vectorised_loops_match_the_plain_ones({0, 1});
+}
+
+TEST(span_loops, vectorised_filtered_span_matches_the_plain_loop_on_random_triangles)
+{
+    expect_vectorised_loops_match_the_plain_ones({1, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1});
+}
