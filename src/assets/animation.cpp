@@ -59,7 +59,9 @@ static int read_hierarchy(text_file* file, animation* record)
 static int read_animation(text_file* file, animation* record)
 {
     int32_t bone_count = 0, frame_count = 0;
+    // Each bone of each frame has a pose line: the product is checked before the poses are sized.
     if (!text_file_count(file, "BONES ", &bone_count) || !text_file_count(file, "FRAMES ", &frame_count) ||
+        !text_file_holds(file, static_cast<int64_t>(bone_count) * frame_count, "bone poses") ||
         !animation_create(record, bone_count, frame_count) || !read_hierarchy(file, record))
         return 0;
     for (int32_t frame = 0; frame < frame_count; ++frame) {

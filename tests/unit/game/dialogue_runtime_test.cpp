@@ -253,6 +253,14 @@ TEST_F(dialogue_runtime_test, a_label_that_jumps_to_itself_stops_descending)
     EXPECT_EQ(dialogue_state.choice_count, 8);
 }
 
+TEST_F(dialogue_runtime_test, a_block_that_jumps_twice_to_its_own_label_ends_its_walk_after_the_step_limit)
+{
+    // Each walk of the block walks it twice more, 64 levels deep: 2^64 walks without a limit.
+    open_script("@loop\nloop:\n > \"ok\":\n @loop\n @loop\n");
+    EXPECT_EQ(dialogue_state.choice_count, 8);
+    EXPECT_EQ(run_dialogue(-1), 1) << "a second walk is limited afresh";
+}
+
 TEST_F(dialogue_runtime_test, a_ninth_answer_at_once_is_not_offered)
 {
     std::string script = "@T\nT:\n";
