@@ -16,6 +16,7 @@
 #include "hosts/headless/headless_input.h"
 #include "hosts/headless/headless_options.h"
 #include "hosts/headless/headless_state.h"
+#include "hosts/headless/headless_watch.h"
 #include "hosts/headless/input_script.h"
 #include "hosts/main_loop.h"
 #include "hosts/window_layout.h"
@@ -49,6 +50,7 @@ static void headless_update()
 {
     headless_audio_log_sounds(run.updates_run);
     game_update();
+    headless_watch_update(run.updates_run);
     run.updates_run += 1;
     run.frame_after_last_update = 0;
 }
@@ -192,6 +194,7 @@ static const main_loop_hooks headless_hooks = {
 
 static int finish_outputs(FILE* state, FILE* audio)
 {
+    headless_watch_finish();
     if (audio) {
         int written = headless_audio_finish_wav();
         if (fclose(audio) != 0 || !written)
@@ -299,6 +302,7 @@ int headless_main(int argc, const char* const* argv)
 {
     run = headless_run{};
     headless_audio_reset();
+    headless_watch_reset();
     char error[300];
     headless_parse_result parsed = parse_headless_arguments(argc, argv, &run.options, error, sizeof error);
     int code = HEADLESS_EXIT_BAD_ARGUMENTS;

@@ -13,6 +13,7 @@
 #include "core/settings.h"
 #include "game/player.h"
 #include "hosts/headless/headless_audio.h"
+#include "hosts/headless/headless_watch.h"
 #include "render/visibility.h"
 
 void json_float(char* buffer, size_t capacity, float value)
@@ -176,6 +177,22 @@ static void write_dialogue(FILE* file)
     fprintf(file, "},\n");
 }
 
+// What was watched after every update (headless_watch.h).
+static void write_watch(FILE* file)
+{
+    fprintf(file,
+            " \"watch\": {\"updates\": %d, \"position_not_finite\": %d, \"first_position_not_finite\": %d,\n"
+            "           \"door_beyond_swing\": %d, ",
+            watch.updates_watched, watch.player_not_finite, watch.first_player_not_finite, watch.door_beyond_swing);
+    write_float_field(file, "widest_door_swing_degrees", watch.widest_door_swing_degrees, ",\n");
+    fprintf(file,
+            "           \"resident_kib_at_start\": %lld, \"resident_kib_after_a_minute\": %lld,\n"
+            "           \"resident_kib_most_after_a_minute\": %lld, \"resident_kib_at_end\": %lld},\n",
+            static_cast<long long>(watch.resident_kib_at_start), static_cast<long long>(watch.resident_kib_after_a_minute),
+            static_cast<long long>(watch.resident_kib_most_after_a_minute),
+            static_cast<long long>(watch.resident_kib_at_end));
+}
+
 int write_headless_state(FILE* file, int32_t tick, int64_t frames)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
@@ -186,6 +203,7 @@ int write_headless_state(FILE* file, int32_t tick, int64_t frames)
     write_interaction(file);
     write_dialogue(file);
     fprintf(file, " \"mouse_captured\": %d,\n", mouse_captured);
+    write_watch(file);
     write_sounds(file);
     return fflush(file) == 0 && !ferror(file);
 }

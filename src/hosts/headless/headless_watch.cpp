@@ -1,0 +1,92 @@
+#include "hosts/headless/headless_watch.h"
+
+#include <math.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include "assets/world.h"
+#include "core/numbers.h"
+#include "game/interaction.h"
+#include "game/player.h"
+
+headless_watch watch;
+
+// A leaf eases towards its target, so it never overshoots; a hundredth of a degree allows for rounding.
+static const float SWING_TOLERANCE_DEGREES = 0.01f;
+
+void headless_watch_reset()
+{
+    watch = headless_watch{0, 0, -1, 0, 0.0f, 0, 0, 0, 0};
+}
+
+// The process's resident set in KiB, from /proc; 0 where it cannot be read.
+static int64_t resident_kib()
+{
+    FILE* file = fopen("/proc/self/statm", "r");
+    if (!file)
+        return 0;
+    long long pages_total = 0, pages_resident = 0;
+    int read = fscanf(file, "%lld %lld", &pages_total, &pages_resident);
+    fclose(file);
+    return read == 2 ? pages_resident * (sysconf(_SC_PAGESIZE) / 1024) : 0;
+}
+
+static void watch_memory(int32_t tick)
+{
+    if (tick == 0) {
+        watch.resident_kib_at_start = resident_kib();
+    } else if (tick + 1 == WATCH_MEMORY_SETTLED) {
+        watch.resident_kib_after_a_minute = resident_kib();
+        watch.resident_kib_most_after_a_minute = watch.resident_kib_after_a_minute;
+    } else if (tick + 1 > WATCH_MEMORY_SETTLED && (tick + 1) % WATCH_MEMORY_EVERY == 0) {
+        int64_t now = resident_kib();
+        if (now > watch.resident_kib_most_after_a_minute)
+            watch.resident_kib_most_after_a_minute = now;
+    }
+}
+
+static int player_finite()
+{
+    if (!registry_in_use(&objects, PLAYER_OBJECT))
+        return 1;
+    vec3 p = registry_at<object>(&objects, PLAYER_OBJECT)->position;
+    return isfinite(p.x) && isfinite(p.y) && isfinite(p.z);
+}
+
+// The widest any door's leaf stands from its closed yaw, in degrees.
+static float widest_door_swing()
+{
+    float widest = 0.0f;
+    for (int32_t i = 0; i < doors.count; ++i) {
+        if (!registry_in_use(&doors, i))
+            continue;
+        const door* d = registry_at<door>(&doors, i);
+        float swing = fabsf(registry_at<object>(&objects, d->object)->yaw - d->closed_yaw) / DEGREES_TO_RADIANS;
+        if (!(swing <= widest)) // a NaN yaw counts as the widest of all
+            widest = swing;
+    }
+    return widest;
+}
+
+void headless_watch_update(int32_t tick)
+{
+    watch.updates_watched += 1;
+    if (!player_finite()) {
+        watch.player_not_finite += 1;
+        if (watch.first_player_not_finite < 0)
+            watch.first_player_not_finite = tick;
+    }
+    float swing = widest_door_swing();
+    if (!(swing <= DOOR_OPEN_DEGREES + SWING_TOLERANCE_DEGREES))
+        watch.door_beyond_swing += 1;
+    if (!(swing <= watch.widest_door_swing_degrees))
+        watch.widest_door_swing_degrees = swing;
+    watch_memory(tick);
+}
+
+void headless_watch_finish()
+{
+    watch.resident_kib_at_end = resident_kib();
+    if (watch.updates_watched >= WATCH_MEMORY_SETTLED && watch.resident_kib_at_end > watch.resident_kib_most_after_a_minute)
+        watch.resident_kib_most_after_a_minute = watch.resident_kib_at_end;
+}

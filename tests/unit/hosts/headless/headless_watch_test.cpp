@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include <math.h>
+
+#include "assets/world.h"
+#include "core/numbers.h"
+#include "game/interaction.h"
+#include "hosts/headless/headless_watch.h"
+#include "support/asset_reset.h"
+
+namespace {
+
+// A world of the player and one door whose leaf stands `degrees` from its closed yaw of 30 degrees.
+class headless_watch_test : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        reset_assets();
+        headless_watch_reset();
+        ASSERT_EQ(registry_claim(&objects), PLAYER_OBJECT);
+        int32_t leaf = registry_claim(&objects);
+        int32_t index = registry_claim(&doors);
+        door* d = registry_at<door>(&doors, index);
+        d->object = leaf;
+        d->closed_yaw = 30.0f * DEGREES_TO_RADIANS;
+        swing_to(0.0f);
+    }
+    void TearDown() override { reset_assets(); }
+
+    static void swing_to(float degrees)
+    {
+        const door* d = registry_at<door>(&doors, 0);
+        registry_at<object>(&objects, d->object)->yaw = d->closed_yaw + degrees * DEGREES_TO_RADIANS;
+    }
+};
+
+} // namespace
+
+TEST_F(headless_watch_test, a_door_swung_fully_either_way_stays_within_its_swing)
+{
+    swing_to(80.0f);
+    headless_watch_update(0);
+    swing_to(-80.0f);
+    headless_watch_update(1);
+    EXPECT_EQ(watch.updates_watched, 2);
+    EXPECT_EQ(watch.door_beyond_swing, 0);
+    EXPECT_NEAR(watch.widest_door_swing_degrees, 80.0f, 0.001f);
+}
+
+TEST_F(headless_watch_test, a_door_leaf_beyond_its_swing_is_counted_for_every_update_it_stands_there)
+{
+    swing_to(81.0f);
+    headless_watch_update(0);
+    headless_watch_update(1);
+    swing_to(10.0f);
+    headless_watch_update(2);
+    EXPECT_EQ(watch.door_beyond_swing, 2);
+    EXPECT_NEAR(watch.widest_door_swing_degrees, 81.0f, 0.001f);
+}
+
+TEST_F(headless_watch_test, a_player_coordinate_that_is_not_finite_is_counted_from_its_first_update)
+{
+    headless_watch_update(0);
+    registry_at<object>(&objects, PLAYER_OBJECT)->position.y = NAN;
+    headless_watch_update(1);
+    registry_at<object>(&objects, PLAYER_OBJECT)->position.y = INFINITY;
+    headless_watch_update(2);
+    EXPECT_EQ(watch.player_not_finite, 2);
+    EXPECT_EQ(watch.first_player_not_finite, 1);
+}
+
+TEST_F(headless_watch_test, resident_memory_is_read_at_the_start_after_a_minute_and_at_the_end)
+{
+    for (int32_t tick = 0; tick < WATCH_MEMORY_SETTLED + WATCH_MEMORY_EVERY; ++tick)
+        headless_watch_update(tick);
+    headless_watch_finish();
+    EXPECT_GT(watch.resident_kib_at_start, 0);
+    EXPECT_GT(watch.resident_kib_after_a_minute, 0);
+    EXPECT_GE(watch.resident_kib_most_after_a_minute, watch.resident_kib_after_a_minute);
+    EXPECT_GE(watch.resident_kib_most_after_a_minute, watch.resident_kib_at_end);
+    EXPECT_GT(watch.resident_kib_at_end, 0);
+}
+
+TEST_F(headless_watch_test, a_run_shorter_than_a_minute_has_no_reading_after_a_minute)
+{
+    headless_watch_update(0);
+    headless_watch_finish();
+    EXPECT_EQ(watch.resident_kib_after_a_minute, 0);
+    EXPECT_EQ(watch.resident_kib_most_after_a_minute, 0);
+    EXPECT_GT(watch.resident_kib_at_end, 0);
+}
