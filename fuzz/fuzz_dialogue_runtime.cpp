@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     game_time = static_cast<float>(size % 97) / 13.0f;
     int32_t index = load_dialogue("fuzz.dlg");
     if (index >= 0 && start_dialogue(index)) {
-        for (size_t pick = 0; pick < 12 && dialogue_state.choice_count > 0; ++pick) {
+        for (size_t pick = 0; pick < 6 && dialogue_state.choice_count > 0; ++pick) {
             for (int32_t i = 0; i < dialogue_state.choice_count; ++i) {
                 int32_t length = 0;
                 dialogue_answer_text(dialogue_state.choices[i], &length);
