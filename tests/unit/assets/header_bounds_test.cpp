@@ -11,7 +11,6 @@
 #include "assets/texture.h"
 #include "assets/xml.h"
 #include "core/diagnostics.h"
-#include "platform/platform.h"
 #include "support/asset_state.h"
 #include "support/media_files.h"
 #include "support/temp_files.h"
@@ -61,6 +60,7 @@ protected:
     }
 };
 
+#if !defined(_WIN32) // the POSIX decoder knows it reads PNG; the Windows one takes whatever WIC reads
 uint32_t png_crc(const std::string& bytes)
 {
     uint32_t crc = 0xFFFFFFFFu;
@@ -88,6 +88,7 @@ std::string png_claiming(uint32_t width, uint32_t height)
     put_be32_at(&bytes, IHDR_CRC, png_crc(bytes.substr(IHDR_TYPE, 17)));
     return bytes;
 }
+#endif
 
 } // namespace
 
@@ -159,6 +160,7 @@ TEST_F(header_bounds_test, a_font_bitmap_size_larger_than_the_file_is_refused_be
                                     "tables), found a size of 2147483647");
 }
 
+#if !defined(_WIN32)
 TEST_F(header_bounds_test, a_png_claiming_more_pixels_than_its_bytes_can_hold_is_refused_before_allocating)
 {
     write_data("textures/huge.png", png_claiming(524288, 524288));
@@ -166,6 +168,7 @@ TEST_F(header_bounds_test, a_png_claiming_more_pixels_than_its_bytes_can_hold_is
     EXPECT_LT(largest_request(), LARGE_BLOCK);
     EXPECT_EQ(only_report(), "gloamhold_data/textures/huge.png:0: cannot be decoded as an image");
 }
+#endif
 
 TEST_F(header_bounds_test, xml_nested_as_deep_as_the_limit_loads)
 {
