@@ -194,7 +194,6 @@ static const main_loop_hooks headless_hooks = {
 
 static int finish_outputs(FILE* state, FILE* audio)
 {
-    headless_watch_finish();
     if (audio) {
         int written = headless_audio_finish_wav();
         if (fclose(audio) != 0 || !written)

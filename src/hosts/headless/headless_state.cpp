@@ -184,13 +184,7 @@ static void write_watch(FILE* file)
             " \"watch\": {\"updates\": %d, \"position_not_finite\": %d, \"first_position_not_finite\": %d,\n"
             "           \"door_beyond_swing\": %d, ",
             watch.updates_watched, watch.player_not_finite, watch.first_player_not_finite, watch.door_beyond_swing);
-    write_float_field(file, "widest_door_swing_degrees", watch.widest_door_swing_degrees, ",\n");
-    fprintf(file,
-            "           \"resident_kib_at_start\": %lld, \"resident_kib_after_a_minute\": %lld,\n"
-            "           \"resident_kib_most_after_a_minute\": %lld, \"resident_kib_at_end\": %lld},\n",
-            static_cast<long long>(watch.resident_kib_at_start), static_cast<long long>(watch.resident_kib_after_a_minute),
-            static_cast<long long>(watch.resident_kib_most_after_a_minute),
-            static_cast<long long>(watch.resident_kib_at_end));
+    write_float_field(file, "widest_door_swing_degrees", watch.widest_door_swing_degrees, "},\n");
 }
 
 int write_headless_state(FILE* file, int32_t tick, int64_t frames)

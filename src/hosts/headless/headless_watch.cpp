@@ -1,8 +1,6 @@
 #include "hosts/headless/headless_watch.h"
 
 #include <math.h>
-#include <stdio.h>
-#include <unistd.h>
 
 #include "assets/world.h"
 #include "core/numbers.h"
@@ -16,33 +14,7 @@ static const float SWING_TOLERANCE_DEGREES = 0.01f;
 
 void headless_watch_reset()
 {
-    watch = headless_watch{0, 0, -1, 0, 0.0f, 0, 0, 0, 0};
-}
-
-// The process's resident set in KiB, from /proc; 0 where it cannot be read.
-static int64_t resident_kib()
-{
-    FILE* file = fopen("/proc/self/statm", "r");
-    if (!file)
-        return 0;
-    long long pages_total = 0, pages_resident = 0;
-    int read = fscanf(file, "%lld %lld", &pages_total, &pages_resident);
-    fclose(file);
-    return read == 2 ? pages_resident * (sysconf(_SC_PAGESIZE) / 1024) : 0;
-}
-
-static void watch_memory(int32_t tick)
-{
-    if (tick == 0) {
-        watch.resident_kib_at_start = resident_kib();
-    } else if (tick + 1 == WATCH_MEMORY_SETTLED) {
-        watch.resident_kib_after_a_minute = resident_kib();
-        watch.resident_kib_most_after_a_minute = watch.resident_kib_after_a_minute;
-    } else if (tick + 1 > WATCH_MEMORY_SETTLED && (tick + 1) % WATCH_MEMORY_EVERY == 0) {
-        int64_t now = resident_kib();
-        if (now > watch.resident_kib_most_after_a_minute)
-            watch.resident_kib_most_after_a_minute = now;
-    }
+    watch = headless_watch{0, 0, -1, 0, 0.0f};
 }
 
 static int player_finite()
@@ -81,12 +53,4 @@ void headless_watch_update(int32_t tick)
         watch.door_beyond_swing += 1;
     if (!(swing <= watch.widest_door_swing_degrees))
         watch.widest_door_swing_degrees = swing;
-    watch_memory(tick);
-}
-
-void headless_watch_finish()
-{
-    watch.resident_kib_at_end = resident_kib();
-    if (watch.updates_watched >= WATCH_MEMORY_SETTLED && watch.resident_kib_at_end > watch.resident_kib_most_after_a_minute)
-        watch.resident_kib_most_after_a_minute = watch.resident_kib_at_end;
 }

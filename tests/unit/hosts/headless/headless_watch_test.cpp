@@ -68,24 +68,3 @@ TEST_F(headless_watch_test, a_player_coordinate_that_is_not_finite_is_counted_fr
     EXPECT_EQ(watch.player_not_finite, 2);
     EXPECT_EQ(watch.first_player_not_finite, 1);
 }
-
-TEST_F(headless_watch_test, resident_memory_is_read_at_the_start_after_a_minute_and_at_the_end)
-{
-    for (int32_t tick = 0; tick < WATCH_MEMORY_SETTLED + WATCH_MEMORY_EVERY; ++tick)
-        headless_watch_update(tick);
-    headless_watch_finish();
-    EXPECT_GT(watch.resident_kib_at_start, 0);
-    EXPECT_GT(watch.resident_kib_after_a_minute, 0);
-    EXPECT_GE(watch.resident_kib_most_after_a_minute, watch.resident_kib_after_a_minute);
-    EXPECT_GE(watch.resident_kib_most_after_a_minute, watch.resident_kib_at_end);
-    EXPECT_GT(watch.resident_kib_at_end, 0);
-}
-
-TEST_F(headless_watch_test, a_run_shorter_than_a_minute_has_no_reading_after_a_minute)
-{
-    headless_watch_update(0);
-    headless_watch_finish();
-    EXPECT_EQ(watch.resident_kib_after_a_minute, 0);
-    EXPECT_EQ(watch.resident_kib_most_after_a_minute, 0);
-    EXPECT_GT(watch.resident_kib_at_end, 0);
-}
