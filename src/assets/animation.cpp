@@ -136,6 +136,8 @@ static void blend_rotation(const float* a, const float* b_in, float t, float* ou
 void sample_pose(const animation* record, float time, bone_pose* out)
 {
     int32_t bones = record->bone_count;
+    if (bones == 0)
+        return; // no pose to give, and no block of poses to give it from
     if (record->frame_count == 0) {
         for (int32_t b = 0; b < bones; ++b)
             out[b] = {{0.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f, 1.0f}};

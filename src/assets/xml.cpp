@@ -57,7 +57,7 @@ struct xml_parser {
     const char* path;  // for reports
     int32_t line;      // 1-based line of the character last read (a line feed ends its line)
     bool line_ended;   // that character was a line feed: the next one starts a line
-    int32_t depth;     // elements open around the one being read
+    int32_t depth;     // elements open, the one whose content is being read included
 };
 
 bool is_letter(char c)
