@@ -59,7 +59,9 @@ static int read_hierarchy(text_file* file, animation* record)
 static int read_animation(text_file* file, animation* record)
 {
     int32_t bone_count = 0, frame_count = 0;
+    // Each bone of each frame has a pose line: the product is checked before the poses are sized.
     if (!text_file_count(file, "BONES ", &bone_count) || !text_file_count(file, "FRAMES ", &frame_count) ||
+        !text_file_holds(file, static_cast<int64_t>(bone_count) * frame_count, "bone poses") ||
         !animation_create(record, bone_count, frame_count) || !read_hierarchy(file, record))
         return 0;
     for (int32_t frame = 0; frame < frame_count; ++frame) {
@@ -134,6 +136,8 @@ static void blend_rotation(const float* a, const float* b_in, float t, float* ou
 void sample_pose(const animation* record, float time, bone_pose* out)
 {
     int32_t bones = record->bone_count;
+    if (bones == 0)
+        return; // no pose to give, and no block of poses to give it from
     if (record->frame_count == 0) {
         for (int32_t b = 0; b < bones; ++b)
             out[b] = {{0.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f, 1.0f}};

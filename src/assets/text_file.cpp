@@ -14,6 +14,9 @@ int text_file_open(text_file* file, const char* path)
     file->path = path;
     file->line[0] = 0;
     file->have_line = 0;
+    // A size that cannot be told bounds nothing: the reads then stop where the file does.
+    if (!platform_file_size(file->reader.handle, &file->size))
+        file->size = UINT32_MAX;
     return 1;
 }
 
@@ -33,12 +36,25 @@ static void report_stopped_before(const text_file* file, const char* what)
         report(file->path, 0, "the file ends before %s", what);
 }
 
+int text_file_holds(text_file* file, int64_t things, const char* what)
+{
+    int64_t most = (static_cast<int64_t>(file->size) + 1) / 2;
+    if (things <= most)
+        return 1;
+    return text_file_report(file, "expected at most %lld %s (a line each in a file of %u bytes), found \"%s\"",
+                            static_cast<long long>(most), what, file->size, file->line);
+}
+
 int text_file_count(text_file* file, const char* keyword, int32_t* count)
 {
     *count = 0;
     // A negative count would size nothing sensible: it fails like a malformed one.
-    if (read_count_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY, keyword, count) && *count >= 0)
-        return 1;
+    if (read_count_line(&file->reader, file->line, TEXT_FILE_LINE_CAPACITY, keyword, count) && *count >= 0) {
+        if (text_file_holds(file, *count, "entries"))
+            return 1;
+        *count = 0;
+        return 0;
+    }
     file->have_line = file->line[0] != 0; // a content line is never empty
     size_t length = strlen(keyword);
     if (!file->have_line)

@@ -18,6 +18,7 @@ struct text_file {
     const char* path;                   // as opened, for reports
     char line[TEXT_FILE_LINE_CAPACITY]; // the line last read
     int have_line;                      // the last read gave a line (else the reader stopped)
+    uint32_t size;                      // the file's size in bytes, which bounds every count in it
 };
 
 // 1 with the file open and its reader ready; 0 (nothing left open, nothing reported: whoever
@@ -25,9 +26,13 @@ struct text_file {
 int text_file_open(text_file* file, const char* path);
 void text_file_close(text_file* file);
 
-// The header line "<keyword><count>" as the next content line; the count must not be negative.
-// A failure is reported.
+// The header line "<keyword><count>" as the next content line; the count must not be negative, nor
+// more than the file can hold (text_file_holds). A failure is reported.
 int text_file_count(text_file* file, const char* keyword, int32_t* count);
+// 1 when the file is large enough for `things` entries that take at least a line each (a character
+// and a line feed, the last perhaps without it), so that a count is checked before anything is
+// sized by it; else the line last read is reported as holding too many `what`.
+int text_file_holds(text_file* file, int64_t things, const char* what);
 // The next content line, which must convert exactly `wanted` values with `format`. Not reported:
 // the caller says what it expected with text_file_expected.
 int text_file_scan(text_file* file, int wanted, const char* format, ...)

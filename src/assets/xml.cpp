@@ -57,6 +57,7 @@ struct xml_parser {
     const char* path;  // for reports
     int32_t line;      // 1-based line of the character last read (a line feed ends its line)
     bool line_ended;   // that character was a line feed: the next one starts a line
+    int32_t depth;     // elements open, the one whose content is being read included
 };
 
 bool is_letter(char c)
@@ -205,8 +206,14 @@ int read_content(xml_parser* parser, xml_node* node)
             }
             if (c == '/')
                 break;
+            if (parser->depth >= XML_DEPTH_LIMIT)
+                return fail(parser, "expected at most %d elements nested inside each other, found a deeper one",
+                            XML_DEPTH_LIMIT);
             xml_node* child = xml_array_append(&children);
-            if (!child || !read_element(parser, child, c))
+            ++parser->depth;
+            int read = child && read_element(parser, child, c);
+            --parser->depth;
+            if (!read)
                 return 0;
             continue;
         }
@@ -294,6 +301,7 @@ int xml_load_file(xml_document* document, const char* filename)
     parser.path = filename;
     parser.line = 1;
     parser.line_ended = false;
+    parser.depth = 1; // a top-level element is open while its content is read
     if (!reader_open_file(&parser.reader, filename, XML_READ_BUFFER))
         return 0;
     int32_t reported = diagnostics_reported;

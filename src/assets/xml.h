@@ -10,6 +10,7 @@ enum {
     XML_TEXT_CAPACITY = 512,   // at most 510 characters of text
     XML_VALUE_CAPACITY = 128,  // attribute values of at most 126 characters
     XML_ARRAY_GROWTH = 4,      // arrays start at one entry and grow by four
+    XML_DEPTH_LIMIT = 256,     // elements nested deeper fail the file: each level is a call deeper
 };
 
 struct xml_attribute {

@@ -14,6 +14,7 @@ dialogue_var_list dialogue_vars;
 dialogue_runtime dialogue_state = {0, 0, DIALOGUE_PHASE_CLOSING, 0.0f, 0.0f, {}, 0, {}, 0, -1, 0};
 
 static int32_t walk_depth;
+static int32_t walk_steps; // entries looked at by the walk in progress
 
 static const dialogue* open_dialogue()
 {
@@ -287,6 +288,8 @@ void walk_block(int32_t parent)
     ++walk_depth;
     int last_condition = 0;
     for (int32_t i = parent + 1; i < record->entry_count; ++i) {
+        if (++walk_steps > DIALOGUE_WALK_STEP_LIMIT)
+            break;
         const dialogue_entry& e = record->entries[i];
         if (e.indent > level)
             continue; // part of a nested block
@@ -317,6 +320,7 @@ void walk_block(int32_t parent)
             break;
         case DIALOGUE_JUMP: {
             int32_t target = dialogue_jump_target(record, i);
+            walk_steps += target < 0 ? record->entry_count : target + 1;
             if (target < 0) {
                 --walk_depth;
                 return; // a jump to a missing label ends the block
@@ -339,6 +343,7 @@ int run_dialogue(int32_t start)
     dialogue_state.choice_count = 0;
     text_full = 0;
     walk_depth = 0;
+    walk_steps = 0;
     walk_block(start);
     dialogue_state.highlighted = -1;
     return dialogue_state.choice_count != 0;

@@ -11,7 +11,9 @@
 // - At most 8 answers are offered at once: an answer met when 8 are already offered is passed
 //   over, as if it were not there.
 // A walk also stops descending after 64 nested blocks (a label that jumps to itself would
-// otherwise never end); the shipped scripts nest a handful deep.
+// otherwise never end); the shipped scripts nest a handful deep. It ends altogether once it has
+// looked at 2^18 entries, those that jumps search for their label counted too: a block that jumps
+// twice to its own label would otherwise double its work 64 times over.
 #pragma once
 
 #include <stdint.h>
@@ -24,6 +26,7 @@ enum {
     DIALOGUE_VAR_NAME_CAPACITY = 32,  // 31 characters and the terminator
     DIALOGUE_VAR_VALUE_CAPACITY = 96, // 95 characters and the terminator
     DIALOGUE_MAX_DEPTH = 64,
+    DIALOGUE_WALK_STEP_LIMIT = 1 << 18,
 };
 
 enum dialogue_phase : int32_t {

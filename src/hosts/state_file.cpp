@@ -12,6 +12,7 @@
 #include "core/loop_state.h"
 #include "core/settings.h"
 #include "game/player.h"
+#include "hosts/run_watch.h"
 #include "render/visibility.h"
 
 void json_float(char* buffer, size_t capacity, float value)
@@ -175,7 +176,19 @@ static void write_dialogue(FILE* file)
     fprintf(file, "},\n");
 }
 
-int write_state_file(FILE* file, int32_t tick, int64_t frames, const sound_start_log* sounds)
+// What a long run watched after every update (run_watch.h).
+static void write_watch(FILE* file, const run_watch* watched)
+{
+    fprintf(file,
+            ",\n \"watch\": {\"updates\": %d, \"position_not_finite\": %d, \"first_position_not_finite\": %d,\n"
+            "           \"door_beyond_swing\": %d, ",
+            watched->updates_watched, watched->player_not_finite, watched->first_player_not_finite,
+            watched->door_beyond_swing);
+    write_float_field(file, "widest_door_swing_degrees", watched->widest_door_swing_degrees, "}");
+}
+
+int write_state_file(FILE* file, int32_t tick, int64_t frames, const sound_start_log* sounds,
+                     const run_watch* watched)
 {
     fprintf(file, "{\"tick\": %d, ", tick);
     write_float_field(file, "game_time", game_time, ", ");
@@ -185,6 +198,8 @@ int write_state_file(FILE* file, int32_t tick, int64_t frames, const sound_start
     write_interaction(file);
     write_dialogue(file);
     fprintf(file, " \"mouse_captured\": %d", mouse_captured);
+    if (watched)
+        write_watch(file, watched);
     if (sounds)
         write_sounds(file, sounds);
     fprintf(file, "}\n");

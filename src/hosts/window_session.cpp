@@ -101,7 +101,7 @@ int window_session_finish()
     if (!written)
         fprintf(stderr, "gloamhold: --record: could not be written\n");
     if (session.state) {
-        int state_written = write_state_file(session.state, session.updates_run, session.frames_drawn, nullptr);
+        int state_written = write_state_file(session.state, session.updates_run, session.frames_drawn, nullptr, nullptr);
         if (fclose(session.state) != 0 || !state_written) {
             fprintf(stderr, "gloamhold: --state %s: could not be written\n", session.state_path);
             written = 0;

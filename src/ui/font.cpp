@@ -13,7 +13,7 @@ font font_dialogue;
 const char* const FONT_SYSTEM_FILE = "gloamhold_data/fonts/font_system.fnt";
 const char* const FONT_DIALOGUE_FILE = "gloamhold_data/fonts/font_dialogue.fnt";
 
-enum { FONT_READ_BUFFER = 4096 };
+enum { FONT_READ_BUFFER = 4096, GLYPH_ENTRY_BYTES = 9 };
 
 static int read_u8(file_reader* reader, uint8_t* value)
 {
@@ -67,6 +67,11 @@ static int read_font(file_reader* reader, font* record, const char* path)
     // The reader takes a signed count: a block it cannot deliver in one request fails the load.
     if (size > 0x7FFFFFFFu)
         return report(path, 0, "%u bytes of bitmap data: more than the game reads in one piece", size);
+    // Checked against the file's size before the block is sized by it.
+    uint32_t header = 7 + GLYPH_ENTRY_BYTES * (last >= first ? last - first + 1u : 0u) + 4;
+    uint32_t file_size = 0;
+    if (platform_file_size(reader->handle, &file_size) && (file_size < header || size > file_size - header))
+        return report(path, 0, "the header promises %u bytes of bitmap data, but the file ends before them", size);
     record->bitmaps = static_cast<uint8_t*>(platform_heap_alloc(size));
     if (!record->bitmaps)
         return 0;

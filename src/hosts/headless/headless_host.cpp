@@ -16,6 +16,7 @@
 #include "hosts/headless/headless_options.h"
 #include "hosts/input_script.h"
 #include "hosts/main_loop.h"
+#include "hosts/run_watch.h"
 #include "hosts/scripted_input.h"
 #include "hosts/start_up_report.h"
 #include "hosts/state_file.h"
@@ -64,6 +65,7 @@ static void headless_update()
         deliver_replayed_events_of_this_update();
     headless_audio_log_sounds(run.updates_run);
     game_update();
+    run_watch_update(run.updates_run);
     run.updates_run += 1;
     run.frame_after_last_update = 0;
 }
@@ -212,7 +214,7 @@ static int finish_outputs(FILE* state, FILE* audio)
             output_failed("--audio", run.options.audio_path, "could not be written");
     }
     if (state) {
-        int written = write_state_file(state, run.updates_run, run.frames_drawn, &headless_sound_starts);
+        int written = write_state_file(state, run.updates_run, run.frames_drawn, &headless_sound_starts, &watch);
         if (fclose(state) != 0 || !written)
             output_failed("--state", run.options.state_path, "could not be written");
     }
@@ -308,6 +310,7 @@ int headless_main(int argc, const char* const* argv)
 {
     run = headless_run{};
     headless_audio_reset();
+    run_watch_reset();
     char error[300];
     command_line_result parsed = parse_headless_arguments(argc, argv, &run.options, error, sizeof error);
     int code = HEADLESS_EXIT_BAD_ARGUMENTS;

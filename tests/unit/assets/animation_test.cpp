@@ -231,3 +231,14 @@ TEST_F(animation_test, no_keys_give_the_identity_pose)
     EXPECT_EQ(out.rotation[0], 0.0f);
     EXPECT_EQ(out.rotation[3], 1.0f);
 }
+
+TEST_F(animation_test, sampling_an_animation_without_bones_gives_nothing_and_reads_no_pose)
+{
+    // Found by fuzzing: a single key with no bones has no block of poses to copy from.
+    int32_t index = load("empty.anm", "BONES 0\nFRAMES 1\nHIERARCHY \n0\n");
+    ASSERT_GE(index, 0);
+    EXPECT_EQ(at(index)->poses, nullptr);
+    bone_pose untouched = {{7.0f, 8.0f, 9.0f}, {0.0f, 0.0f, 0.0f, 1.0f}};
+    sample_pose(at(index), 0.5f, &untouched);
+    EXPECT_EQ(untouched.translation.x, 7.0f);
+}

@@ -253,6 +253,27 @@ TEST_F(dialogue_runtime_test, a_label_that_jumps_to_itself_stops_descending)
     EXPECT_EQ(dialogue_state.choice_count, 8);
 }
 
+TEST_F(dialogue_runtime_test, a_block_that_jumps_twice_to_its_own_label_ends_its_walk_after_the_step_limit)
+{
+    // Each walk of the block walks it twice more, 64 levels deep: 2^64 walks without a limit.
+    open_script("@loop\nloop:\n > \"ok\":\n @loop\n @loop\n");
+    EXPECT_EQ(dialogue_state.choice_count, 8);
+    EXPECT_EQ(run_dialogue(-1), 1) << "a second walk is limited afresh";
+}
+
+TEST_F(dialogue_runtime_test, picking_answers_of_a_script_whose_labels_jump_back_through_conditions_ends_every_walk)
+{
+    // Found by fuzzing: each pick's walk calls the label again from inside its own condition.
+    open_script("@T\nT:\n if state.x == 3:\n  @loop\n > \"Again\":\n  @T\n > \"Bye\":\n"
+                "loop:\n \"again\"\n if state.x == 3:\n  @loop\n else:\n  @T\n @loop\n @T\n");
+    statement("state.x = 3");
+    for (int pick = 0; pick < 6; ++pick) {
+        ASSERT_GT(dialogue_state.choice_count, 0);
+        pick_choice(0);
+    }
+    EXPECT_EQ(dialogue_state.choice_count, 8);
+}
+
 TEST_F(dialogue_runtime_test, a_ninth_answer_at_once_is_not_offered)
 {
     std::string script = "@T\nT:\n";

@@ -33,7 +33,7 @@ std::string state_text(int32_t tick, int64_t frames, const sound_start_log* soun
 {
     std::string path = test_folder() + "/state.json";
     FILE* file = fopen(path.c_str(), "wb");
-    EXPECT_EQ(write_state_file(file, tick, frames, sounds), 1);
+    EXPECT_EQ(write_state_file(file, tick, frames, sounds, nullptr), 1);
     fclose(file);
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

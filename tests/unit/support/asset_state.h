@@ -6,8 +6,7 @@
 
 #include <string>
 
-// Releases everything the registries, the name table and the world model hold and empties them.
-void reset_assets();
+#include "support/asset_reset.h"
 
 // The data folder of a test: the current directory moves into the test's own folder for its
 // duration, so the game's relative "gloamhold_data/..." paths land there.
