@@ -1,7 +1,10 @@
 #include "hosts/command_line.h"
 
+#include <errno.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include "app/version.h"
 #include "core/text.h"
@@ -33,4 +36,35 @@ void command_line_print_version(const char* program)
 {
     printf("%s %s\n", program, GAME_VERSION);
     fflush(stdout);
+}
+
+static int is_absolute(const char* path)
+{
+    if (path[0] == '/' || path[0] == '\\')
+        return 1;
+    return ((path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z')) && path[1] == ':';
+}
+
+char* command_line_absolute_path(const char* path)
+{
+    if (!path)
+        return nullptr;
+    if (is_absolute(path))
+        return strdup(path);
+    char here[4096];
+    if (!getcwd(here, sizeof here))
+        return nullptr;
+    size_t length = strlen(here) + 1 + strlen(path) + 1;
+    char* joined = static_cast<char*>(malloc(length));
+    if (joined)
+        snprintf(joined, length, "%s/%s", here, path);
+    return joined;
+}
+
+FILE* command_line_open_output(const char* program, const char* option, const char* path)
+{
+    FILE* file = fopen(path, "wb");
+    if (!file)
+        fprintf(stderr, "%s: %s %s: %s\n", program, option, path, strerror(errno));
+    return file;
 }

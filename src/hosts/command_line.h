@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdio.h>
 
 enum command_line_result {
     COMMAND_LINE_OK,
@@ -23,3 +24,12 @@ int command_line_take_once(const char** slot, const char* value);
 
 // Prints the version line, "PROGRAM VERSION", on standard output.
 void command_line_print_version(const char* program);
+
+// `path` joined to the working directory when it is relative, on the heap (the caller frees it),
+// so that an output keeps meaning what it meant where the command was given whatever -C does;
+// null for a null path or when the working directory cannot be read.
+char* command_line_absolute_path(const char* path);
+
+// Opens an output file for writing, or says on standard error why it cannot be, as
+// "PROGRAM: OPTION PATH: reason", and returns null.
+FILE* command_line_open_output(const char* program, const char* option, const char* path);

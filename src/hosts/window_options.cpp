@@ -45,30 +45,6 @@ command_line_result parse_window_arguments(int argc, const char* const* argv, wi
     return COMMAND_LINE_OK;
 }
 
-static int is_absolute(const char* path)
-{
-    if (path[0] == '/' || path[0] == '\\')
-        return 1;
-    return ((path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z')) && path[1] == ':';
-}
-
-// `*path` joined to the working directory; 0 when that cannot be done.
-static int make_absolute(const char** path, char** owned)
-{
-    if (!*path || is_absolute(*path))
-        return 1;
-    char here[4096];
-    if (!getcwd(here, sizeof here))
-        return 0;
-    size_t length = strlen(here) + 1 + strlen(*path) + 1;
-    *owned = static_cast<char*>(malloc(length));
-    if (!*owned)
-        return 0;
-    snprintf(*owned, length, "%s/%s", here, *path);
-    *path = *owned;
-    return 1;
-}
-
 void window_options_free(window_options* options)
 {
     for (char*& owned : options->resolved) {
@@ -95,10 +71,14 @@ int window_command_line(int argc, const char* const* argv, window_options* optio
     }
     const char** paths[3] = {&options->script_path, &options->record_path, &options->state_path};
     for (int i = 0; i < 3; ++i) {
-        if (!make_absolute(paths[i], &options->resolved[i])) {
+        if (!*paths[i])
+            continue;
+        options->resolved[i] = command_line_absolute_path(*paths[i]);
+        if (!options->resolved[i]) {
             fprintf(stderr, "gloamhold: %s: cannot be made absolute\n", *paths[i]);
             return 2;
         }
+        *paths[i] = options->resolved[i];
     }
     if (options->directory && chdir(options->directory) != 0) {
         fprintf(stderr, "gloamhold: -C %s: %s\n", options->directory, strerror(errno));

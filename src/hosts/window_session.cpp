@@ -8,6 +8,7 @@
 #include "core/key_codes.h"
 #include "core/loop_state.h"
 #include "core/settings.h"
+#include "hosts/command_line.h"
 #include "hosts/input.h"
 #include "hosts/input_record.h"
 #include "hosts/screenshots.h"
@@ -15,14 +16,6 @@
 #include "hosts/window_layout.h"
 
 window_session session;
-
-static FILE* open_output(const char* option, const char* path)
-{
-    FILE* file = fopen(path, "wb");
-    if (!file)
-        fprintf(stderr, "gloamhold: %s %s: %s\n", option, path, strerror(errno));
-    return file;
-}
 
 int window_session_open(const window_options* options)
 {
@@ -33,12 +26,12 @@ int window_session_open(const window_options* options)
         return 0;
     if (options->state_path) {
         session.state_path = options->state_path;
-        session.state = open_output("--state", options->state_path);
+        session.state = command_line_open_output("gloamhold", "--state", options->state_path);
         if (!session.state)
             return 0;
     }
     if (options->record_path) {
-        FILE* record = open_output("--record", options->record_path);
+        FILE* record = command_line_open_output("gloamhold", "--record", options->record_path);
         if (!record)
             return 0;
         input_record_start(record);

@@ -104,29 +104,6 @@ static void headless_sync_mouse_capture()
 
 static void ignore_title(const char*) {}
 
-// Output paths keep meaning what they meant where the command was given, whatever -C does.
-static char* absolute_path(const char* path)
-{
-    if (!path)
-        return nullptr;
-    char here[4096];
-    if (path[0] == '/' || !getcwd(here, sizeof here))
-        return strdup(path);
-    size_t length = strlen(here) + 1 + strlen(path) + 1;
-    char* joined = static_cast<char*>(malloc(length));
-    if (joined)
-        snprintf(joined, length, "%s/%s", here, path);
-    return joined;
-}
-
-static FILE* open_output(const char* option, const char* path)
-{
-    FILE* file = fopen(path, "wb");
-    if (!file)
-        fprintf(stderr, "gloamhold-headless: %s %s: %s\n", option, path, strerror(errno));
-    return file;
-}
-
 // The window's frame buffer: the resolution's size, zeroed like a fresh DIB section; null when it cannot be made.
 static void create_frame_buffer()
 {
@@ -274,12 +251,13 @@ static int run_with_options()
     if (!run.shot_taken)
         return HEADLESS_EXIT_START_FAILED;
     for (int32_t i = 0; i < run.options.shot_count; ++i)
-        run.options.shots[i].path = absolute_path(run.options.shots[i].path);
-    run.options.state_path = absolute_path(run.options.state_path);
-    run.options.audio_path = absolute_path(run.options.audio_path);
+        run.options.shots[i].path = command_line_absolute_path(run.options.shots[i].path);
+    run.options.state_path = command_line_absolute_path(run.options.state_path);
+    run.options.audio_path = command_line_absolute_path(run.options.audio_path);
     run.paths_owned = 1;
-    FILE* state = run.options.state_path ? open_output("--state", run.options.state_path) : nullptr;
-    FILE* audio = run.options.audio_path ? open_output("--audio", run.options.audio_path) : nullptr;
+    const char* program = "gloamhold-headless";
+    FILE* state = run.options.state_path ? command_line_open_output(program, "--state", run.options.state_path) : nullptr;
+    FILE* audio = run.options.audio_path ? command_line_open_output(program, "--audio", run.options.audio_path) : nullptr;
     if ((run.options.state_path && !state) || (run.options.audio_path && !audio)) {
         if (state)
             fclose(state);
