@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     headless_options options = {};
     char error[300];
     if (parse_headless_arguments(static_cast<int>(argv.size()), argv.data(), &options, error, sizeof error) ==
-        HEADLESS_ARGUMENTS_OK)
+        COMMAND_LINE_OK)
         headless_ticks_to_run(&options, static_cast<int32_t>(size) - 1);
     headless_options_free(&options);
     return 0;
