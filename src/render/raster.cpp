@@ -151,6 +151,20 @@ PIXEL_INLINE __m128i truncated_and_masked(__m128 a, __m128i mask)
     return _mm_and_si128(_mm_cvttps_epi32(a), mask);
 }
 
+// What the vector span loops need of the texture, in every lane: its size for the coordinates, its
+// masks for the wrap and the shift from a texel row to its first texel.
+struct texture_lanes {
+    __m128 width_f, height_f;
+    __m128i width_mask, height_mask;
+    __m128i row_shift;
+};
+
+PIXEL_INLINE texture_lanes texture_lanes_of(const texture* tex)
+{
+    return {_mm_set1_ps(tex->width_f), _mm_set1_ps(tex->height_f), _mm_set1_epi32(tex->width_mask),
+            _mm_set1_epi32(tex->height_mask), _mm_cvtsi32_si128(tex->row_shift)};
+}
+
 template <bool dithered>
 void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
                                    span_edge step)
@@ -161,11 +175,7 @@ void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x
     const texture* tex = &setup->tex;
     const __m128 zero = _mm_setzero_ps();
     const __m128 one = _mm_set1_ps(1.0f);
-    const __m128 width_f = _mm_set1_ps(tex->width_f);
-    const __m128 height_f = _mm_set1_ps(tex->height_f);
-    const __m128i width_mask = _mm_set1_epi32(tex->width_mask);
-    const __m128i height_mask = _mm_set1_epi32(tex->height_mask);
-    const __m128i row_shift = _mm_cvtsi32_si128(tex->row_shift);
+    const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
     span_lanes lanes = start_lanes(y, &at, &step);
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
@@ -225,11 +235,7 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
     const uint16_t* texture_texels = tex->texels;
     const __m128 one = _mm_set1_ps(1.0f);
     const __m128 half = _mm_set1_ps(0.5f);
-    const __m128 width_f = _mm_set1_ps(tex->width_f);
-    const __m128 height_f = _mm_set1_ps(tex->height_f);
-    const __m128i width_mask = _mm_set1_epi32(tex->width_mask);
-    const __m128i height_mask = _mm_set1_epi32(tex->height_mask);
-    const __m128i row_shift = _mm_cvtsi32_si128(tex->row_shift);
+    const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
     span_lanes lanes = start_lanes(y, &at, &step);
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
