@@ -196,8 +196,9 @@ static int read_weights(text_file* file, model* record, int32_t weight_count)
         if (!text_file_scan(file, 2, "%i %i", &run.first_weight, &run.weight_count))
             return text_file_expected(file, "the weights of point %d (first count)", i);
         if (!run_within(run.first_weight, run.weight_count, weight_count))
-            return text_file_report(file, "point %d takes weights %d to %d, but the model has %d weights", i,
-                                    run.first_weight, run.first_weight + run.weight_count - 1, weight_count);
+            return text_file_report(file, "point %d takes weights %d to %lld, but the model has %d weights", i,
+                                    run.first_weight,
+                                    static_cast<long long>(run.first_weight) + run.weight_count - 1, weight_count);
     }
     return 1;
 }

@@ -102,6 +102,15 @@ TEST_F(header_bounds_test, a_point_count_larger_than_the_file_can_hold_is_refuse
                              "of 92 bytes), found \"POINTS 2000000000\"");
 }
 
+TEST_F(header_bounds_test, a_weight_run_reaching_past_the_largest_number_is_refused_naming_its_last_weight)
+{
+    write_data("models/run.mdl", "POINTS 2\nTRIANGLES 0\nTEXCOORDS 0\nWEIGHTS 2\nSUBSETS 0\nCOLLIDERS 0\n"
+                                 "OCCLUDERS 0\n0 0 0\n1 0 0\n0 0 0 0 1\n1 0 0 0 1\n0 1\n1 2147483647\n");
+    EXPECT_EQ(load_model("run.mdl"), -1);
+    EXPECT_EQ(only_report(),
+              "gloamhold_data/models/run.mdl:13: point 1 takes weights 1 to 2147483647, but the model has 2 weights");
+}
+
 TEST_F(header_bounds_test, a_later_model_count_too_large_for_the_file_is_refused_at_its_own_line)
 {
     write_data("models/huge.mdl", "POINTS 1\nTRIANGLES 0\nTEXCOORDS 0\nWEIGHTS 900\nSUBSETS 0\n"
