@@ -23,7 +23,20 @@ struct colour_table_set {
 
 extern colour_table_set colour_tables;
 
-// Start-up, before anything is drawn; cannot fail.
+// The tables an opaque pixel goes through, folded into one look-up per channel for the vector span
+// loops: for a tint row and a light level of 0 ... 63, each 5-bit channel value dimmed, tinted and
+// already moved to its place in the pixel, red carrying the opaque bit. A lit texel is then
+// red[tint][32 * level + r] | green[32 * level + g] | blue[tint][32 * level + b], the same pixel the
+// three tables give one after another.
+struct lit_channel_set {
+    uint16_t red[COLOUR_TABLE_ROWS][COLOUR_TABLE_ENTRIES];
+    uint16_t green[COLOUR_TABLE_ENTRIES];
+    uint16_t blue[COLOUR_TABLE_ROWS][COLOUR_TABLE_ENTRIES];
+};
+
+extern lit_channel_set lit_channels;
+
+// Start-up, before anything is drawn; cannot fail. Builds both sets.
 void build_colour_tables();
 
 // The row of a table for a level (light, blend or tint) of 0 ... 63.

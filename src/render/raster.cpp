@@ -20,6 +20,8 @@ struct span_setup {
     const uint8_t* blue_row;
     const uint8_t* blend_dim_row;
     const uint8_t* blend_lum_row;
+    const uint16_t* lit_red; // the tint's folded tables, for the vector loops
+    const uint16_t* lit_blue;
     void (*fill)(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at, span_edge step);
 };
 
@@ -122,27 +124,85 @@ template <bool dithered> PIXEL_INLINE __m128i light_levels(__m128 l, const span_
     return _mm_and_si128(_mm_cvttps_epi32(_mm_mul_ps(l, _mm_set1_ps(63.0f))), _mm_set1_epi32(0xFF));
 }
 
-// Lit, tinted and stored: the opaque ones of four texels whose pixels passed the depth test.
-PIXEL_INLINE void store_four_pixels(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, int passing,
-                                    const uint32_t texels[4], __m128i levels, __m128 inv_w)
+// Lit, tinted and stored one by one through the tables, as the plain loop does: the pixels of four
+// whose bits are set in `drawn`.
+void store_pixels_one_by_one(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, int drawn,
+                             __m128i texels, __m128i levels, __m128 inv_w)
 {
-    alignas(16) int32_t level[4];
+    alignas(16) int32_t texel[4], level[4];
     alignas(16) float inv_ws[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(texel), texels);
     _mm_store_si128(reinterpret_cast<__m128i*>(level), levels);
     _mm_store_ps(inv_ws, inv_w);
     for (int32_t k = 0; k < 4; ++k) {
-        if ((passing & (1 << k)) && (texels[k] & PIXEL_OPAQUE)) {
-            colour[x + k] = shade_texel(texels[k], static_cast<uint8_t>(level[k]), setup->red_row, setup->blue_row);
+        if (drawn & (1 << k)) {
+            colour[x + k] = shade_texel(static_cast<uint32_t>(texel[k]), static_cast<uint8_t>(level[k]), setup->red_row,
+                                        setup->blue_row);
             depth[x + k] = inv_ws[k];
         }
     }
 }
 
-// Which of four pixels pass the depth test, as bits: !(depth >= 1/w), so that a NaN depth or 1/w
-// draws as in the plain loop.
-PIXEL_INLINE int depth_passing(const float* depth, int32_t x, __m128 inv_w)
+// Lit, tinted and stored: the pixels of four whose lanes are all ones in `drawn` take their texel
+// lit at their level and their 1/w, the others keep what they had. All four are read and written
+// back whole, which is why the lanes must lie inside the span: its row belongs to this thread
+// alone. A level past 63 has no row in the folded tables; four pixels with such a level among
+// them go one by one through the tables.
+PIXEL_INLINE void store_four_pixels(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, __m128i drawn,
+                                    __m128i texels, __m128i levels, __m128 inv_w)
 {
-    return _mm_movemask_ps(_mm_cmpnge_ps(_mm_loadu_ps(depth + x), inv_w));
+    if (_mm_movemask_epi8(_mm_and_si128(drawn, _mm_cmpgt_epi32(levels, _mm_set1_epi32(LIGHT_LEVEL_MAX))))) {
+        store_pixels_one_by_one(setup, colour, depth, x, _mm_movemask_ps(_mm_castsi128_ps(drawn)), texels, levels,
+                                inv_w);
+        return;
+    }
+    const __m128i channel_mask = _mm_set1_epi32(31);
+    __m128i row = _mm_slli_epi32(levels, 5);
+    alignas(16) int32_t red[4], green[4], blue[4], lit[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(red),
+                    _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 10), channel_mask)));
+    _mm_store_si128(reinterpret_cast<__m128i*>(green),
+                    _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 5), channel_mask)));
+    _mm_store_si128(reinterpret_cast<__m128i*>(blue), _mm_or_si128(row, _mm_and_si128(texels, channel_mask)));
+    for (int32_t k = 0; k < 4; ++k)
+        lit[k] = setup->lit_red[red[k]] | lit_channels.green[green[k]] | setup->lit_blue[blue[k]];
+    // Down to 16 bits: each pixel sign-extended from its low half first, so the saturating pack
+    // keeps its bits.
+    __m128i lit_32 = _mm_load_si128(reinterpret_cast<const __m128i*>(lit));
+    __m128i pixels = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(lit_32, 16), 16), lit_32);
+    __m128i drawn_16 = _mm_packs_epi32(drawn, drawn);
+    __m128i below = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(colour + x));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(colour + x),
+                     _mm_or_si128(_mm_and_si128(drawn_16, pixels), _mm_andnot_si128(drawn_16, below)));
+    __m128 drawn_lanes = _mm_castsi128_ps(drawn);
+    _mm_storeu_ps(depth + x, _mm_or_ps(_mm_and_ps(drawn_lanes, inv_w), _mm_andnot_ps(drawn_lanes, _mm_loadu_ps(depth + x))));
+}
+
+// Which of four pixels pass the depth test, as lanes of all ones: !(depth >= 1/w), so that a NaN
+// depth or 1/w draws as in the plain loop.
+PIXEL_INLINE __m128i depth_passing(const float* depth, int32_t x, __m128 inv_w)
+{
+    return _mm_castps_si128(_mm_cmpnge_ps(_mm_loadu_ps(depth + x), inv_w));
+}
+
+// The lanes that are all ones in `mask`, as bits.
+PIXEL_INLINE int lane_bits(__m128i mask)
+{
+    return _mm_movemask_ps(_mm_castsi128_ps(mask));
+}
+
+// All ones in the lanes whose texel has the opaque bit.
+PIXEL_INLINE __m128i opaque_lanes(__m128i texels)
+{
+    return _mm_srai_epi32(_mm_slli_epi32(texels, 16), 31);
+}
+
+// The texels at four indices, one lane each.
+PIXEL_INLINE __m128i fetch_four_texels(const uint16_t* texels, __m128i indices)
+{
+    alignas(16) int32_t index[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(index), indices);
+    return _mm_setr_epi32(texels[index[0]], texels[index[1]], texels[index[2]], texels[index[3]]);
 }
 
 // truncate(a) & mask, for four a.
@@ -180,8 +240,8 @@ void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
         step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
-        int passing = depth_passing(depth, x, inv_w);
-        if (!passing)
+        __m128i passing = depth_passing(depth, x, inv_w);
+        if (!lane_bits(passing))
             continue;
         __m128 w = _mm_div_ps(one, inv_w);
         __m128 u = _mm_mul_ps(u_w, w);
@@ -193,12 +253,12 @@ void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x
         __m128i texel_row = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, height_f)),
                                                         _mm_castps_si128(_mm_cmplt_ps(v, zero))),
                                           height_mask);
-        alignas(16) int32_t index[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(index), _mm_or_si128(_mm_sll_epi32(texel_row, row_shift), column));
-        uint32_t texels[4];
-        for (int32_t k = 0; k < 4; ++k)
-            texels[k] = (passing & (1 << k)) ? tex->texels[index[k]] : 0;
-        store_four_pixels(setup, colour, depth, x, passing, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
+        // Every index is wrapped into the texture, so the texels of failing pixels may be fetched too.
+        __m128i texels = fetch_four_texels(tex->texels, _mm_or_si128(_mm_sll_epi32(texel_row, row_shift), column));
+        __m128i drawn = _mm_and_si128(passing, opaque_lanes(texels));
+        if (!lane_bits(drawn))
+            continue;
+        store_four_pixels(setup, colour, depth, x, drawn, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
                           inv_w);
     }
     finish_span<false, dithered>(setup, y, x, end, &lanes, step);
@@ -240,8 +300,8 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
         step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
-        int passing = depth_passing(depth, x, inv_w);
-        if (!passing)
+        __m128i passing = depth_passing(depth, x, inv_w);
+        if (!lane_bits(passing))
             continue;
         __m128 w = _mm_div_ps(one, inv_w);
         __m128 fu = _mm_mul_ps(texture_fractions(_mm_mul_ps(u_w, w)), width_f);
@@ -261,32 +321,18 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
         __m128i row0 = _mm_sll_epi32(y0, row_shift), row1 = _mm_sll_epi32(y1, row_shift);
         __m128i index_c = _mm_or_si128(_mm_and_si128(upper_left_bits, _mm_or_si128(row0, x0)),
                                        _mm_andnot_si128(upper_left_bits, _mm_or_si128(row1, x1)));
-        alignas(16) int32_t nears[4], as[4], bs[4], cs[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(nears), near_index);
-        _mm_store_si128(reinterpret_cast<__m128i*>(as), _mm_or_si128(row1, x0));
-        _mm_store_si128(reinterpret_cast<__m128i*>(bs), _mm_or_si128(row0, x1));
-        _mm_store_si128(reinterpret_cast<__m128i*>(cs), index_c);
-        // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does.
-        int opaque = 0;
-        alignas(16) int32_t a_texels[4], b_texels[4], c_texels[4];
-        for (int32_t k = 0; k < 4; ++k) {
-            a_texels[k] = b_texels[k] = c_texels[k] = 0;
-            if (!(passing & (1 << k)) || !(texture_texels[nears[k]] & PIXEL_OPAQUE))
-                continue;
-            opaque |= 1 << k;
-            a_texels[k] = texture_texels[as[k]];
-            b_texels[k] = texture_texels[bs[k]];
-            c_texels[k] = texture_texels[cs[k]];
-        }
-        if (!opaque)
+        // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does. Every
+        // index is wrapped into the texture, so the texels of pixels left alone may be fetched too.
+        __m128i drawn = _mm_and_si128(passing, opaque_lanes(fetch_four_texels(texture_texels, near_index)));
+        if (!lane_bits(drawn))
             continue;
+        __m128i a = fetch_four_texels(texture_texels, _mm_or_si128(row1, x0));
+        __m128i b = fetch_four_texels(texture_texels, _mm_or_si128(row0, x1));
+        __m128i c = fetch_four_texels(texture_texels, index_c);
         __m128 wa = _mm_or_ps(_mm_and_ps(upper_left, fy), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fx)));
         __m128 wb = _mm_or_ps(_mm_and_ps(upper_left, fx), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fy)));
         __m128 wc = _mm_or_ps(_mm_and_ps(upper_left, _mm_sub_ps(_mm_sub_ps(one, fx), fy)),
                               _mm_andnot_ps(upper_left, _mm_sub_ps(_mm_add_ps(fx, fy), one)));
-        __m128i a = _mm_load_si128(reinterpret_cast<const __m128i*>(a_texels));
-        __m128i b = _mm_load_si128(reinterpret_cast<const __m128i*>(b_texels));
-        __m128i c = _mm_load_si128(reinterpret_cast<const __m128i*>(c_texels));
         __m128i red = mix_channel(channel_of(a, 0x7C00, 1.0f / 1024.0f), channel_of(b, 0x7C00, 1.0f / 1024.0f),
                                   channel_of(c, 0x7C00, 1.0f / 1024.0f), wa, wb, wc);
         __m128i green = mix_channel(channel_of(a, 0x03E0, 1.0f / 32.0f), channel_of(b, 0x03E0, 1.0f / 32.0f),
@@ -297,13 +343,8 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
         __m128i mixed = _mm_or_si128(_mm_or_si128(_mm_slli_epi32(_mm_or_si128(red, _mm_set1_epi32(32)), 10),
                                                   _mm_slli_epi32(green, 5)),
                                      blue);
-        alignas(16) int32_t mixed_texels[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(mixed_texels), _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF)));
-        uint32_t texels[4];
-        for (int32_t k = 0; k < 4; ++k)
-            texels[k] = (opaque & (1 << k)) ? static_cast<uint32_t>(mixed_texels[k]) : 0;
-        store_four_pixels(setup, colour, depth, x, opaque, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
-                          inv_w);
+        store_four_pixels(setup, colour, depth, x, drawn, _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF)),
+                          light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x), inv_w);
     }
     finish_span<true, dithered>(setup, y, x, end, &lanes, step);
 }
@@ -330,7 +371,11 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     setup.blue_row = colour_table_row(colour_tables.blue_temperature, tint);
     setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
     setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
-    setup.fill = span_fills[span_loops_vectorised != 0][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    // A tint past the tables' rows has no folded tables: the plain loops read it as they always did.
+    int vectorised = span_loops_vectorised != 0 && tint < COLOUR_TABLE_ROWS;
+    setup.lit_red = vectorised ? lit_channels.red[tint] : nullptr;
+    setup.lit_blue = vectorised ? lit_channels.blue[tint] : nullptr;
+    setup.fill = span_fills[vectorised][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
     return setup;
 }
 
