@@ -5,6 +5,8 @@
 #include <string.h>
 
 #include "core/heap.h"
+#include "platform/platform.h"
+#include "render/bands.h"
 #include "render/frame.h"
 #include "render/raster.h"
 
@@ -19,6 +21,8 @@ buffer_viewport occlusion_coarse_viewport;
 namespace {
 
 constexpr float NEAR_Z = 0.01f;
+constexpr int32_t OCCLUDER_GROWTH = 1024;
+constexpr int32_t BANDS_PER_THREAD = 2; // a thread that is done early takes another band
 
 buffer_viewport centred_square(int32_t width, int32_t height)
 {
@@ -79,8 +83,11 @@ float along(float from, float to, float f)
     return from + (to - from) * f;
 }
 
-// The scan conversion of draw_triangle, carrying only x and 1/z (linear in screen space).
-void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
+// The scan conversion of draw_triangle, carrying only x and 1/z (linear in screen space), in the
+// fine rows first_row ... end_row - 1. Each row is worked out from its own centre, so drawing some
+// of the rows gives them exactly as drawing all of them would.
+void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c, int32_t first_row,
+                      int32_t end_row)
 {
     const occluder_vertex* v[3] = {a, b, c};
     for (int32_t pass = 0; pass < 3; ++pass) {
@@ -97,6 +104,8 @@ void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const 
     int32_t first = first_centre_at_or_after(top->y, occlusion_fine_height);
     int32_t split = first_centre_at_or_after(middle->y, occlusion_fine_height);
     int32_t last = first_centre_at_or_after(bottom->y, occlusion_fine_height);
+    first = first > first_row ? first : first_row;
+    last = last < end_row ? last : end_row;
     for (int32_t y = first; y < last; ++y) {
         float centre = static_cast<float>(y) + 0.5f;
         float f_long = (centre - top->y) / (bottom->y - top->y);
@@ -125,6 +134,93 @@ occluder_vertex to_fine(occluder_vertex p)
 float facing(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
 {
     return (b->y - a->y) * (c->x - a->x) - (c->y - a->y) * (b->x - a->x);
+}
+
+// With more than one thread, the frame's occluder triangles are listed in fine-buffer
+// coordinates as they come, and drawn at the reduction in bands of fine rows, each band by one
+// thread from the whole list: a fine pixel sees the triangles in their order whatever the number
+// of threads, so the buffers come out the same.
+struct occluder_triangle {
+    occluder_vertex corners[3];
+};
+
+occluder_triangle* listed;
+int32_t listed_count;
+int32_t listed_capacity;
+
+void occlude_listed(int32_t first_row, int32_t end_row)
+{
+    for (int32_t i = 0; i < listed_count; ++i) {
+        const occluder_vertex* corners = listed[i].corners;
+        occlude_triangle(&corners[0], &corners[1], &corners[2], first_row, end_row);
+    }
+}
+
+// Draws an occluder triangle, or lists it for the bands; when the list cannot grow, what it holds
+// is drawn first, so the order stays.
+void occlude_or_list(const occluder_vertex* a, const occluder_vertex* b, const occluder_vertex* c)
+{
+    if (render_threads > 1 && (listed_count < listed_capacity ||
+                               heap_grow(&listed, &listed_capacity, listed_count + 1, listed_capacity + OCCLUDER_GROWTH))) {
+        listed[listed_count++] = {{*a, *b, *c}};
+        return;
+    }
+    occlude_listed(0, occlusion_fine_height);
+    listed_count = 0;
+    occlude_triangle(a, b, c, 0, occlusion_fine_height);
+}
+
+// The coarse rows first_row ... end_row - 1, each the 4x4 reduction of four fine rows.
+void reduce_coarse_rows(int32_t first_row, int32_t end_row)
+{
+    const size_t stride = static_cast<size_t>(occlusion_fine_width);
+    const __m128 zero = _mm_setzero_ps();
+    for (int32_t r = first_row; r < end_row; ++r) {
+        const float* rows = depth_buffer + static_cast<size_t>(4 * r) * stride;
+        for (int32_t c = 0; c < occlusion_columns; ++c) {
+            const float* cell = rows + static_cast<size_t>(4 * c);
+            __m128 row0 = _mm_loadu_ps(cell);
+            __m128 row1 = _mm_loadu_ps(cell + stride);
+            __m128 row2 = _mm_loadu_ps(cell + 2 * stride);
+            __m128 row3 = _mm_loadu_ps(cell + 3 * stride);
+            __m128 empty = _mm_or_ps(_mm_or_ps(_mm_cmpeq_ps(row0, zero), _mm_cmpeq_ps(row1, zero)),
+                                     _mm_or_ps(_mm_cmpeq_ps(row2, zero), _mm_cmpeq_ps(row3, zero)));
+            float value = 0.0f; // one pixel without an occluder: the cell hides nothing
+            if (!_mm_movemask_ps(empty)) {
+                // minps(a, b) is a < b ? a : b, so a value that is not a number is passed over
+                // (the running minimum starts at infinity), whatever order the 16 come in.
+                __m128 farthest = _mm_min_ps(row0, _mm_set1_ps(HUGE_VALF));
+                farthest = _mm_min_ps(row1, farthest);
+                farthest = _mm_min_ps(row2, farthest);
+                farthest = _mm_min_ps(row3, farthest);
+                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(1, 0, 3, 2)), farthest);
+                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(2, 3, 0, 1)), farthest);
+                value = _mm_cvtss_f32(farthest);
+            }
+            occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] = value;
+        }
+    }
+}
+
+struct occlusion_bands {
+    int32_t count;
+    int32_t coarse_rows; // coarse rows per band but the last
+};
+
+// One band: its listed occluders, the reduction of its coarse rows, then its fine rows cleared.
+// The last band also clears the fine rows below the last whole coarse row.
+void reduce_band(int32_t band, void* context)
+{
+    const occlusion_bands* bands = static_cast<const occlusion_bands*>(context);
+    int32_t first_coarse = band * bands->coarse_rows;
+    int32_t end_coarse = band == bands->count - 1 ? occlusion_rows : first_coarse + bands->coarse_rows;
+    int32_t first_fine = 4 * first_coarse;
+    int32_t end_fine = band == bands->count - 1 ? occlusion_fine_height : 4 * end_coarse;
+    occlude_listed(first_fine, end_fine);
+    reduce_coarse_rows(first_coarse, end_coarse);
+    size_t stride = static_cast<size_t>(occlusion_fine_width);
+    memset(depth_buffer + static_cast<size_t>(first_fine) * stride, 0,
+           static_cast<size_t>(end_fine - first_fine) * stride * sizeof(float));
 }
 
 } // namespace
@@ -171,7 +267,7 @@ void rasterize_occluders(const model* m, const placement* place)
             for (int32_t k = 1; k + 1 < count; ++k) {
                 if (facing(&projected[0], &projected[k], &projected[k + 1]) <= 0.0f)
                     continue; // occluders are one-sided
-                occlude_triangle(&fine[0], &fine[k], &fine[k + 1]);
+                occlude_or_list(&fine[0], &fine[k], &fine[k + 1]);
             }
         }
     }
@@ -179,34 +275,19 @@ void rasterize_occluders(const model* m, const placement* place)
 
 void reduce_occlusion_buffer()
 {
-    const size_t stride = static_cast<size_t>(occlusion_fine_width);
-    const __m128 zero = _mm_setzero_ps();
-    for (int32_t r = 0; r < occlusion_rows; ++r) {
-        const float* rows = depth_buffer + static_cast<size_t>(4 * r) * stride;
-        for (int32_t c = 0; c < occlusion_columns; ++c) {
-            const float* cell = rows + static_cast<size_t>(4 * c);
-            __m128 row0 = _mm_loadu_ps(cell);
-            __m128 row1 = _mm_loadu_ps(cell + stride);
-            __m128 row2 = _mm_loadu_ps(cell + 2 * stride);
-            __m128 row3 = _mm_loadu_ps(cell + 3 * stride);
-            __m128 empty = _mm_or_ps(_mm_or_ps(_mm_cmpeq_ps(row0, zero), _mm_cmpeq_ps(row1, zero)),
-                                     _mm_or_ps(_mm_cmpeq_ps(row2, zero), _mm_cmpeq_ps(row3, zero)));
-            float value = 0.0f; // one pixel without an occluder: the cell hides nothing
-            if (!_mm_movemask_ps(empty)) {
-                // minps(a, b) is a < b ? a : b, so a value that is not a number is passed over
-                // (the running minimum starts at infinity), whatever order the 16 come in.
-                __m128 farthest = _mm_min_ps(row0, _mm_set1_ps(HUGE_VALF));
-                farthest = _mm_min_ps(row1, farthest);
-                farthest = _mm_min_ps(row2, farthest);
-                farthest = _mm_min_ps(row3, farthest);
-                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(1, 0, 3, 2)), farthest);
-                farthest = _mm_min_ps(_mm_shuffle_ps(farthest, farthest, _MM_SHUFFLE(2, 3, 0, 1)), farthest);
-                value = _mm_cvtss_f32(farthest);
-            }
-            occlusion_coarse[static_cast<size_t>(r * occlusion_columns + c)] = value;
-        }
-    }
-    memset(depth_buffer, 0, stride * static_cast<size_t>(occlusion_fine_height) * sizeof(float));
+    int32_t threads = render_threads > 1 ? render_threads : 1;
+    occlusion_bands bands;
+    int32_t wanted = threads * BANDS_PER_THREAD;
+    bands.coarse_rows = occlusion_rows > wanted ? (occlusion_rows + wanted - 1) / wanted : 1;
+    bands.count = occlusion_rows > 0 ? (occlusion_rows + bands.coarse_rows - 1) / bands.coarse_rows : 1;
+    platform_run_parallel(threads, bands.count, reduce_band, &bands);
+    listed_count = 0;
+}
+
+void release_occluder_list()
+{
+    heap_release(&listed, &listed_capacity);
+    listed_count = 0;
 }
 
 int box_occluded(const aabb* box)

@@ -42,6 +42,10 @@ void rasterize_occluders(const model* m, const placement* place);
 // The 4x4 reduction into the coarse buffer; then the fine buffer is cleared back to 0.
 void reduce_occlusion_buffer();
 
+// Frees the list in which the occluder triangles wait for the threads (it grows by 1024 and is
+// kept from frame to frame); the next frame with threads grows it again from nothing.
+void release_occluder_list();
+
 // 1 when the world box lies wholly behind the occluders of the cells it covers on screen; never
 // for a box reaching nearer than 0.01 or behind the eye.
 int box_occluded(const aabb* box);

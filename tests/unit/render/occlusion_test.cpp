@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "assets/world.h"
+#include "render/bands.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
 #include "support/render_world.h"
@@ -43,6 +44,28 @@ protected:
         for (int32_t i = 0; i < occlusion_fine_width * occlusion_fine_height; ++i)
             depth_buffer[i] = value;
     }
+    // Models of random occluder triangles, some crossing the near plane, some facing away.
+    static std::vector<int32_t> add_random_occluders(uint32_t seed)
+    {
+        std::mt19937 random(seed);
+        auto between = [&random](float low, float high) { return std::uniform_real_distribution<float>(low, high)(random); };
+        std::vector<int32_t> added;
+        for (int32_t m = 0; m < 6; ++m) {
+            std::vector<vec3> points;
+            std::vector<triangle_corners> triangles;
+            for (int32_t t = 0; t < 8; ++t) {
+                for (int32_t k = 0; k < 3; ++k)
+                    points.push_back({between(-3.0f, 3.0f), between(-3.0f, 3.0f), between(-0.5f, 8.0f)});
+                int32_t first = 3 * t;
+                triangles.push_back({first, first + 1, first + 2});
+            }
+            int32_t model_index = add_model(points, triangles, {});
+            make_occluder(model_index);
+            added.push_back(model_index);
+        }
+        return added;
+    }
+
     // Draws the occluders of a model at the origin, unturned.
     static void occlude(int32_t model_index)
     {
@@ -219,4 +242,61 @@ TEST_F(occlusion_buffer, a_box_wholly_above_the_frame_covers_no_row_and_counts_a
 {
     const aabb above = {{-1, -30, 4}, {1, -20, 5}};
     EXPECT_EQ(box_occluded(&above), 1);
+}
+
+namespace {
+
+struct reduced_buffers {
+    std::vector<float> coarse;
+    int32_t fine_left_set; // fine pixels not cleared after the reduction
+};
+
+reduced_buffers occlude_and_reduce(const std::vector<int32_t>& occluders, int32_t threads)
+{
+    render_threads = threads;
+    placement at_origin = placement_from_angles({0, 0, 0}, 0.0f, 0.0f);
+    for (int32_t model_index : occluders)
+        rasterize_occluders(registry_at<model>(&models, model_index), &at_origin);
+    reduce_occlusion_buffer();
+    render_threads = 1;
+    reduced_buffers reduced = {std::vector<float>(occlusion_coarse, occlusion_coarse + occlusion_columns * occlusion_rows), 0};
+    for (int32_t i = 0; i < occlusion_fine_width * occlusion_fine_height; ++i)
+        reduced.fine_left_set += depth_buffer[i] != 0.0f;
+    return reduced;
+}
+
+void expect_same_buffers(const reduced_buffers& expected, const reduced_buffers& reduced, int32_t threads)
+{
+    EXPECT_EQ(memcmp(expected.coarse.data(), reduced.coarse.data(), expected.coarse.size() * sizeof(float)), 0)
+        << threads << " threads";
+    EXPECT_EQ(reduced.fine_left_set, 0) << threads << " threads";
+}
+
+} // namespace
+
+TEST_F(occlusion_buffer, random_occluders_give_the_same_coarse_grid_whatever_the_number_of_threads)
+{
+    for (uint32_t seed = 1; seed <= 5; ++seed) {
+        std::vector<int32_t> occluders = add_random_occluders(seed);
+        reduced_buffers alone = occlude_and_reduce(occluders, 1);
+        int32_t hiding = 0;
+        for (float cell : alone.coarse)
+            hiding += cell != 0.0f;
+        EXPECT_GT(hiding, 0) << "seed " << seed << " covers some cells";
+        for (int32_t threads = 2; threads <= 5; ++threads)
+            expect_same_buffers(alone, occlude_and_reduce(occluders, threads), threads);
+    }
+}
+
+TEST_F(occlusion_buffer, with_threads_an_occluder_the_list_cannot_hold_is_drawn_at_once_in_its_order)
+{
+    std::vector<int32_t> occluders = add_random_occluders(9);
+    reduced_buffers alone = occlude_and_reduce(occluders, 1);
+    test_heap::reset();
+    test_heap::fail_request(1); // the list's first growth: the first occluder is drawn straight away
+    reduced_buffers listed_then_drawn = occlude_and_reduce(occluders, 3);
+    ASSERT_GE(test_heap::log().size(), 2u);
+    EXPECT_EQ(test_heap::log()[1].bytes, 1024 * sizeof(float) * 9) << "the list grew for the others";
+    test_heap::reset();
+    expect_same_buffers(alone, listed_then_drawn, 3);
 }

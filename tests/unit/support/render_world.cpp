@@ -22,6 +22,7 @@ static void release_renderer_arrays()
 {
     release_visibility_arrays();
     release_world_pass_arrays();
+    release_occluder_list();
 }
 
 void render_world_test::SetUp()
