@@ -22,14 +22,18 @@ struct span_setup {
     const uint8_t* blend_lum_row;
     const uint16_t* lit_red; // the tint's folded tables, for the vector loops
     const uint16_t* lit_blue;
-    void (*fill)(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at, span_edge step);
+    // Pixels x ... end - 1 of row y; `at` holds 1/w, u/w, v/w and l/w of pixel x in its lanes and
+    // `step` what they gain from one pixel to the next. Handed over in vector registers: a
+    // structure passed through memory would be written in one shape and read in another, which
+    // stalls every span.
+    void (*fill)(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step);
 };
 
 // The span loop, compiled once for every combination of fetch, dithering and translucency so
 // that no per-pixel branch asks what the whole span already knows. The depth test comes first and
 // draws only what is strictly nearer; the one division per pixel recovers w from 1/w.
 template <bool filtered, bool dithered, bool translucent>
-void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at, span_edge step)
+void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
     size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
     uint16_t* colour = color_buffer + row;
@@ -39,7 +43,10 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_
     const uint8_t* blue_row = setup->blue_row;
     const uint8_t* blend_dim_row = setup->blend_dim_row;
     const uint8_t* blend_lum_row = setup->blend_lum_row;
-    float inv_w = at.inv_w, u_w = at.u_w, v_w = at.v_w, l_w = at.l_w;
+    alignas(16) float start[4], steps[4];
+    _mm_store_ps(start, at);
+    _mm_store_ps(steps, step);
+    float inv_w = start[0], u_w = start[1], v_w = start[2], l_w = start[3];
     for (; x < end; ++x) {
         if (!(depth[x] >= inv_w)) {
             float w = 1.0f / inv_w;
@@ -58,10 +65,10 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_
                 }
             }
         }
-        inv_w += step.inv_w;
-        u_w += step.u_w;
-        v_w += step.v_w;
-        l_w += step.l_w;
+        inv_w += steps[0];
+        u_w += steps[1];
+        v_w += steps[2];
+        l_w += steps[3];
     }
 }
 
@@ -79,11 +86,11 @@ struct span_lanes {
     float dither_row[8]; // this row's dither offsets, twice over, to read four from any x & 3
 };
 
-span_lanes start_lanes(int32_t y, const span_edge* at, const span_edge* step)
+span_lanes start_lanes(int32_t y, __m128 at, __m128 step)
 {
     span_lanes lanes;
-    lanes.quantities = _mm_setr_ps(at->inv_w, at->u_w, at->v_w, at->l_w);
-    lanes.steps = _mm_setr_ps(step->inv_w, step->u_w, step->v_w, step->l_w);
+    lanes.quantities = at;
+    lanes.steps = step;
     for (int32_t k = 0; k < 8; ++k)
         lanes.dither_row[k] = light_dither_offset(k, y);
     return lanes;
@@ -102,13 +109,10 @@ PIXEL_INLINE void step_four_pixels(span_lanes* lanes, __m128* inv_w, __m128* u_w
 
 // The fewer than four pixels left, one by one from where the lanes stopped.
 template <bool filtered, bool dithered>
-void finish_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, const span_lanes* lanes,
-                 span_edge step)
+void finish_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, const span_lanes* lanes)
 {
-    alignas(16) float left[4];
-    _mm_store_ps(left, lanes->quantities);
-    span_edge rest = {static_cast<float>(x), left[0], left[1], left[2], left[3]};
-    fill_span<filtered, dithered, false>(setup, y, x, end, rest, step);
+    if (x < end)
+        fill_span<filtered, dithered, false>(setup, y, x, end, lanes->quantities, lanes->steps);
 }
 
 // The light levels of four shades, as light_level or light_level_dithered gives them.
@@ -226,8 +230,8 @@ PIXEL_INLINE texture_lanes texture_lanes_of(const texture* tex)
 }
 
 template <bool dithered>
-void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
-                                   span_edge step)
+void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at,
+                                   __m128 step)
 {
     size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
     uint16_t* colour = color_buffer + row;
@@ -236,7 +240,7 @@ void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x
     const __m128 zero = _mm_setzero_ps();
     const __m128 one = _mm_set1_ps(1.0f);
     const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
-    span_lanes lanes = start_lanes(y, &at, &step);
+    span_lanes lanes = start_lanes(y, at, step);
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
         step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
@@ -261,7 +265,7 @@ void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x
         store_four_pixels(setup, colour, depth, x, drawn, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
                           inv_w);
     }
-    finish_span<false, dithered>(setup, y, x, end, &lanes, step);
+    finish_span<false, dithered>(setup, y, x, end, &lanes);
 }
 
 // texture_fraction for four a.
@@ -285,8 +289,8 @@ PIXEL_INLINE __m128i mix_channel(__m128 a, __m128 b, __m128 c, __m128 wa, __m128
 }
 
 template <bool dithered>
-void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, span_edge at,
-                                    span_edge step)
+void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at,
+                                    __m128 step)
 {
     size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
     uint16_t* colour = color_buffer + row;
@@ -296,7 +300,7 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
     const __m128 one = _mm_set1_ps(1.0f);
     const __m128 half = _mm_set1_ps(0.5f);
     const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
-    span_lanes lanes = start_lanes(y, &at, &step);
+    span_lanes lanes = start_lanes(y, at, step);
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
         step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
@@ -346,10 +350,10 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
         store_four_pixels(setup, colour, depth, x, drawn, _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF)),
                           light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x), inv_w);
     }
-    finish_span<true, dithered>(setup, y, x, end, &lanes, step);
+    finish_span<true, dithered>(setup, y, x, end, &lanes);
 }
 
-using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, span_edge, span_edge);
+using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, __m128, __m128);
 
 // [vectorised][filtered][dithered][translucent]
 const span_fill span_fills[2][2][2][2] = {
@@ -379,6 +383,18 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     return setup;
 }
 
+// 1/w, u/w, v/w and l/w of an edge point, in that order in the lanes of one vector.
+static_assert(offsetof(span_edge, l_w) == offsetof(span_edge, inv_w) + 3 * sizeof(float),
+              "the four interpolated quantities of an edge point lie side by side");
+PIXEL_INLINE __m128 load_quantities(const span_edge* point)
+{
+    return _mm_loadu_ps(&point->inv_w);
+}
+PIXEL_INLINE void store_quantities(span_edge* point, __m128 quantities)
+{
+    _mm_storeu_ps(&point->inv_w, quantities);
+}
+
 // The pixels of row y between two edge points: those whose centres lie right of the left end and
 // at or left of the right end. A pixel centred exactly on the left end is left out and one centred
 // exactly on the right end is drawn, so that a pixel on a vertical edge shared by two triangles
@@ -402,19 +418,13 @@ void span_between(const span_setup* setup, int32_t y, const span_edge* a, const 
         end = static_cast<float>(frame_width);
     if (!(first < end))
         return;
-    span_edge step;
-    step.inv_w = (right->inv_w - left->inv_w) / width;
-    step.u_w = (right->u_w - left->u_w) / width;
-    step.v_w = (right->v_w - left->v_w) / width;
-    step.l_w = (right->l_w - left->l_w) / width;
+    // step = (right - left) / width and at = left + step * offset for the four interpolated
+    // quantities side by side: the same operation on each, so the same results.
+    __m128 left_quantities = load_quantities(left);
+    __m128 steps = _mm_div_ps(_mm_sub_ps(load_quantities(right), left_quantities), _mm_set1_ps(width));
     float offset = first + 0.5f - left->x;
-    span_edge at;
-    at.x = first;
-    at.inv_w = left->inv_w + step.inv_w * offset;
-    at.u_w = left->u_w + step.u_w * offset;
-    at.v_w = left->v_w + step.v_w * offset;
-    at.l_w = left->l_w + step.l_w * offset;
-    setup->fill(setup, y, static_cast<int32_t>(first), static_cast<int32_t>(end), at, step);
+    __m128 at = _mm_add_ps(left_quantities, _mm_mul_ps(steps, _mm_set1_ps(offset)));
+    setup->fill(setup, y, static_cast<int32_t>(first), static_cast<int32_t>(end), at, steps);
 }
 
 // A triangle edge from an upper to a lower vertex; each row's point is computed afresh from that
@@ -458,10 +468,7 @@ span_edge edge_at_row(const triangle_edge* edge, int32_t y)
     float f = (static_cast<float>(y) + 0.5f - edge->top_y) / edge->height;
     span_edge p;
     p.x = edge->start.x + edge->delta.x * f;
-    p.inv_w = edge->start.inv_w + edge->delta.inv_w * f;
-    p.u_w = edge->start.u_w + edge->delta.u_w * f;
-    p.v_w = edge->start.v_w + edge->delta.v_w * f;
-    p.l_w = edge->start.l_w + edge->delta.l_w * f;
+    store_quantities(&p, _mm_add_ps(load_quantities(&edge->start), _mm_mul_ps(load_quantities(&edge->delta), _mm_set1_ps(f))));
     return p;
 }
 
