@@ -100,22 +100,27 @@ void draw_sky_rows(int32_t first_row, int32_t end_row)
         for (int32_t column = 0; column < occlusion_columns; ++column) {
             if (occlusion_coarse[static_cast<size_t>(row * occlusion_columns + column)] != 0.0f)
                 continue;
+            // The block's eight columns, four lanes at a time, each lane with the single
+            // operations one pixel takes; they are the same on every row of the block.
+            __m128 nx[2];
+            for (int32_t half = 0; half < 2; ++half) {
+                int32_t x = 8 * column + 4 * half;
+                __m128 xs = _mm_cvtepi32_ps(_mm_add_epi32(_mm_set1_epi32(x), _mm_setr_epi32(0, 1, 2, 3)));
+                nx[half] = _mm_div_ps(
+                    _mm_mul_ps(_mm_sub_ps(_mm_div_ps(xs, _mm_set1_ps(width)), _mm_set1_ps(0.5f)), _mm_set1_ps(kx)),
+                    _mm_set1_ps(s));
+            }
             for (int32_t y = top; y < bottom; ++y) {
                 // The pixel's own integer coordinate, and no vertical aspect: the sky images were
                 // painted for exactly this mapping.
                 float ny = (static_cast<float>(y) / height - 0.5f) / s;
                 uint16_t* pixels = color_buffer + static_cast<size_t>(y) * static_cast<size_t>(frame_width);
-                // Four pixels at a time, each lane with the single operations one pixel takes.
                 __m128 f = _mm_set1_ps(pc - ny * ps);
                 __m128 dy = _mm_set1_ps(ny * pc + ps);
-                for (int32_t i = 0; i < 8; i += 4) {
-                    int32_t x = 8 * column + i;
-                    __m128 xs = _mm_cvtepi32_ps(_mm_add_epi32(_mm_set1_epi32(x), _mm_setr_epi32(0, 1, 2, 3)));
-                    __m128 nx = _mm_div_ps(
-                        _mm_mul_ps(_mm_sub_ps(_mm_div_ps(xs, _mm_set1_ps(width)), _mm_set1_ps(0.5f)), _mm_set1_ps(kx)),
-                        _mm_set1_ps(s));
-                    __m128 dx = _mm_add_ps(_mm_mul_ps(nx, _mm_set1_ps(yc)), _mm_mul_ps(f, _mm_set1_ps(ys)));
-                    __m128 dz = _mm_sub_ps(_mm_mul_ps(nx, _mm_set1_ps(ys)), _mm_mul_ps(f, _mm_set1_ps(yc)));
+                for (int32_t half = 0; half < 2; ++half) {
+                    int32_t x = 8 * column + 4 * half;
+                    __m128 dx = _mm_add_ps(_mm_mul_ps(nx[half], _mm_set1_ps(yc)), _mm_mul_ps(f, _mm_set1_ps(ys)));
+                    __m128 dz = _mm_sub_ps(_mm_mul_ps(nx[half], _mm_set1_ps(ys)), _mm_mul_ps(f, _mm_set1_ps(yc)));
                     int32_t face[4];
                     float a[4], b[4];
                     sky_faces(dx, dy, dz, face, a, b);
