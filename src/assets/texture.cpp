@@ -19,6 +19,22 @@ static int is_power_of_two(uint32_t n)
     return n != 0 && (n & (n - 1)) == 0;
 }
 
+// Deflate packs at most 1032 bytes into one and a pixel takes at least one bit; no other format a
+// decoder may read packs tighter. An image whose header claims more pixels than that from the
+// file's bytes is refused before anything is sized by it.
+enum : uint64_t { DEFLATE_LARGEST_RATIO = 1032, PIXELS_PER_BYTE_AT_MOST = 8 };
+
+// The file's size in bytes, 0 when it cannot be told.
+static uint64_t file_bytes(const char* path)
+{
+    platform_file file = platform_file_open(path);
+    uint32_t size = 0;
+    if (file && !platform_file_size(file, &size))
+        size = 0;
+    platform_file_close(file);
+    return size;
+}
+
 int texture_create(texture* record, int32_t width, int32_t height)
 {
     if (width <= 0 || height <= 0)
@@ -67,6 +83,10 @@ int texture_load_file(texture* record, const char* path)
         ok = report(path, 0, "%ux%u: both sides of a texture must be powers of two", width, height);
     else if (width > 0x40000000u || height > 0x40000000u) // sides that fit the signed fields
         ok = report(path, 0, "%ux%u: a side above 2^30 texels", width, height);
+    else if (uint64_t bytes = file_bytes(path);
+             static_cast<uint64_t>(width) * height > bytes * DEFLATE_LARGEST_RATIO * PIXELS_PER_BYTE_AT_MOST)
+        ok = report(path, 0, "%ux%u: more pixels than a file of %llu bytes can hold", width, height,
+                    static_cast<unsigned long long>(bytes));
     if (ok)
         ok = texture_create(record, static_cast<int32_t>(width), static_cast<int32_t>(height));
     if (ok && !platform_image_copy(image, record->texels, width * 2)) {

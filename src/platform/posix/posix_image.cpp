@@ -25,22 +25,6 @@ static void on_png_error(png_structp png, png_const_charp)
 
 static void on_png_warning(png_structp, png_const_charp) {}
 
-// Deflate packs at most 1032 bytes into one, and a pixel takes at least one bit: an image whose
-// header claims more pixels than that from the file's bytes is refused before anything is sized by it.
-enum { DEFLATE_LARGEST_RATIO = 1032, PIXELS_PER_BYTE_AT_MOST = 8 };
-
-static int file_can_hold(FILE* file, uint32_t width, uint32_t height)
-{
-    long position = ftell(file);
-    if (position < 0 || fseek(file, 0, SEEK_END) != 0)
-        return 0;
-    long size = ftell(file);
-    if (size < 0 || fseek(file, position, SEEK_SET) != 0)
-        return 0;
-    uint64_t most = static_cast<uint64_t>(size) * DEFLATE_LARGEST_RATIO * PIXELS_PER_BYTE_AT_MOST;
-    return static_cast<uint64_t>(width) * height <= most;
-}
-
 static int read_header(platform_image_handle* image)
 {
     png_structp png = image->png;
@@ -49,8 +33,6 @@ static int read_header(platform_image_handle* image)
         return 0;
     png_init_io(png, image->file);
     png_read_info(png, info);
-    if (!file_can_hold(image->file, png_get_image_width(png, info), png_get_image_height(png, info)))
-        return 0;
     png_set_expand(png);
     png_set_strip_16(png);
     png_set_gray_to_rgb(png);

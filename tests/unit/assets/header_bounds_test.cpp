@@ -60,7 +60,6 @@ protected:
     }
 };
 
-#if !defined(_WIN32) // the POSIX decoder knows it reads PNG; the Windows one takes whatever WIC reads
 uint32_t png_crc(const std::string& bytes)
 {
     uint32_t crc = 0xFFFFFFFFu;
@@ -88,7 +87,6 @@ std::string png_claiming(uint32_t width, uint32_t height)
     put_be32_at(&bytes, IHDR_CRC, png_crc(bytes.substr(IHDR_TYPE, 17)));
     return bytes;
 }
-#endif
 
 } // namespace
 
@@ -169,15 +167,29 @@ TEST_F(header_bounds_test, a_font_bitmap_size_larger_than_the_file_is_refused_be
                                     "before them");
 }
 
-#if !defined(_WIN32)
 TEST_F(header_bounds_test, a_png_claiming_more_pixels_than_its_bytes_can_hold_is_refused_before_allocating)
 {
-    write_data("textures/huge.png", png_claiming(524288, 524288));
+    std::string bytes = png_claiming(524288, 524288);
+    write_data("textures/huge.png", bytes);
     EXPECT_EQ(load_texture("huge.png"), -1);
     EXPECT_LT(largest_request(), LARGE_BLOCK);
-    EXPECT_EQ(only_report(), "gloamhold_data/textures/huge.png:0: cannot be decoded as an image");
-}
+    std::string report = only_report();
+#if defined(_WIN32)
+    // A decoder that reads the whole image at once (Wine's) refuses it itself, before the game sees
+    // its size; one that reads the header alone leaves the refusal to the game.
+    if (report == "gloamhold_data/textures/huge.png:0: cannot be decoded as an image")
+        return;
 #endif
+    EXPECT_EQ(report, "gloamhold_data/textures/huge.png:0: 524288x524288: more pixels than a file of " +
+                          std::to_string(bytes.size()) + " bytes can hold");
+}
+
+TEST_F(header_bounds_test, a_png_whose_pixels_its_bytes_could_hold_loads)
+{
+    write_data("textures/plain.png", encode_bgra_png(64, 64, test_pattern_bgra(64, 64)));
+    EXPECT_GE(load_texture("plain.png"), 0);
+    EXPECT_TRUE(heard.empty());
+}
 
 TEST_F(header_bounds_test, xml_nested_as_deep_as_the_limit_loads)
 {
