@@ -123,7 +123,6 @@ static void gather_frames(const sound* source, const int32_t steps[4], uint64_t 
                           __m128i* second)
 {
     const uint8_t* data = source->data;
-    alignas(16) int32_t lefts[4], rights[4];
     if (source->bits_per_sample == 16 && source->channels == 2 && steps[3] - steps[0] == 3) {
         // Four frames side by side (the source plays at the output's rate): one load.
         __m128i frames = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + 4 * (steps[0] + offset)));
@@ -131,22 +130,26 @@ static void gather_frames(const sound* source, const int32_t steps[4], uint64_t 
         *second = _mm_unpackhi_epi16(frames, _mm_setzero_si128());
         return;
     }
-    // One loop per format, so that no sample asks again what the whole sound is.
+    // One shape per format, so that no sample asks again what the whole sound is. The lanes are
+    // filled from registers: four stores read back as one vector would stall on every frame.
+    __m128i left, right;
     if (source->bits_per_sample == 8 && source->channels == 1) {
-        for (int32_t k = 0; k < 4; ++k)
-            lefts[k] = data[steps[k] + offset];
+        left = right = _mm_setr_epi32(data[steps[0] + offset], data[steps[1] + offset], data[steps[2] + offset],
+                                      data[steps[3] + offset]);
     } else if (source->bits_per_sample == 16 && source->channels == 1) {
-        for (int32_t k = 0; k < 4; ++k)
-            lefts[k] = static_cast<int32_t>(read_16(data + 2 * (steps[k] + offset)));
+        left = right = _mm_setr_epi32(static_cast<int32_t>(read_16(data + 2 * (steps[0] + offset))),
+                                      static_cast<int32_t>(read_16(data + 2 * (steps[1] + offset))),
+                                      static_cast<int32_t>(read_16(data + 2 * (steps[2] + offset))),
+                                      static_cast<int32_t>(read_16(data + 2 * (steps[3] + offset))));
     } else {
-        for (int32_t k = 0; k < 4; ++k) {
-            source_frame frame = read_source_frame(source, static_cast<uint64_t>(steps[k]) + offset);
-            lefts[k] = static_cast<int32_t>(frame.left);
-            rights[k] = static_cast<int32_t>(frame.right);
-        }
+        source_frame frames[4];
+        for (int32_t k = 0; k < 4; ++k)
+            frames[k] = read_source_frame(source, static_cast<uint64_t>(steps[k]) + offset);
+        left = _mm_setr_epi32(static_cast<int32_t>(frames[0].left), static_cast<int32_t>(frames[1].left),
+                              static_cast<int32_t>(frames[2].left), static_cast<int32_t>(frames[3].left));
+        right = _mm_setr_epi32(static_cast<int32_t>(frames[0].right), static_cast<int32_t>(frames[1].right),
+                               static_cast<int32_t>(frames[2].right), static_cast<int32_t>(frames[3].right));
     }
-    __m128i left = _mm_load_si128(reinterpret_cast<const __m128i*>(lefts));
-    __m128i right = source->channels == 1 ? left : _mm_load_si128(reinterpret_cast<const __m128i*>(rights));
     if (source->bits_per_sample == 8) {
         left = _mm_slli_epi32(_mm_sub_epi32(left, _mm_set1_epi32(128)), 8);
         right = _mm_slli_epi32(_mm_sub_epi32(right, _mm_set1_epi32(128)), 8);
