@@ -162,17 +162,19 @@ PIXEL_INLINE void store_four_pixels(const span_setup* setup, uint16_t* colour, f
     }
     const __m128i channel_mask = _mm_set1_epi32(31);
     __m128i row = _mm_slli_epi32(levels, 5);
-    alignas(16) int32_t red[4], green[4], blue[4], lit[4];
+    alignas(16) int32_t red[4], green[4], blue[4];
     _mm_store_si128(reinterpret_cast<__m128i*>(red),
                     _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 10), channel_mask)));
     _mm_store_si128(reinterpret_cast<__m128i*>(green),
                     _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 5), channel_mask)));
     _mm_store_si128(reinterpret_cast<__m128i*>(blue), _mm_or_si128(row, _mm_and_si128(texels, channel_mask)));
-    for (int32_t k = 0; k < 4; ++k)
-        lit[k] = setup->lit_red[red[k]] | lit_channels.green[green[k]] | setup->lit_blue[blue[k]];
+    const uint16_t* lit_red = setup->lit_red;
+    const uint16_t* lit_blue = setup->lit_blue;
+    auto lit = [&](int32_t k) { return lit_red[red[k]] | lit_channels.green[green[k]] | lit_blue[blue[k]]; };
+    // Filled from registers: four stores read back as one vector would stall.
+    __m128i lit_32 = _mm_setr_epi32(lit(0), lit(1), lit(2), lit(3));
     // Down to 16 bits: each pixel sign-extended from its low half first, so the saturating pack
     // keeps its bits.
-    __m128i lit_32 = _mm_load_si128(reinterpret_cast<const __m128i*>(lit));
     __m128i pixels = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(lit_32, 16), 16), lit_32);
     __m128i drawn_16 = _mm_packs_epi32(drawn, drawn);
     __m128i below = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(colour + x));
