@@ -72,12 +72,13 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
     }
 }
 
-// The opaque span loops four pixels at a time, with the same result as fill_span to the bit. The
-// four interpolated quantities step together in the lanes of one vector, each lane adding the same
-// step in the same order as the plain loop, so every pixel sees exactly its value there; the
-// division, the texel addresses, the filter's weights and mix and the light levels are then worked
+// The span loops four pixels at a time, with the same result as fill_span to the bit. The four
+// interpolated quantities step together in the lanes of one vector, each lane adding the same step
+// in the same order as the plain loop, so every pixel sees exactly its value there; the division,
+// the texel addresses, the filter's weights and mix, the light levels and the blend are then worked
 // out for four pixels at once with the same single operations in the same order, and only the
-// texel and table look-ups and the stores of the pixels that pass the depth test stay one by one.
+// texel and table look-ups stay one by one. The four pixels are read and written back whole, the
+// ones not drawn with what they had: a span's row belongs to one thread alone.
 
 // What the vector loops keep for a whole span.
 struct span_lanes {
@@ -107,14 +108,6 @@ PIXEL_INLINE void step_four_pixels(span_lanes* lanes, __m128* inv_w, __m128* u_w
     _MM_TRANSPOSE4_PS(*inv_w, *u_w, *v_w, *l_w);
 }
 
-// The fewer than four pixels left, one by one from where the lanes stopped.
-template <bool filtered, bool dithered>
-void finish_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, const span_lanes* lanes)
-{
-    if (x < end)
-        fill_span<filtered, dithered, false>(setup, y, x, end, lanes->quantities, lanes->steps);
-}
-
 // The light levels of four shades, as light_level or light_level_dithered gives them.
 template <bool dithered> PIXEL_INLINE __m128i light_levels(__m128 l, const span_lanes* lanes, int32_t x)
 {
@@ -126,62 +119,6 @@ template <bool dithered> PIXEL_INLINE __m128i light_levels(__m128 l, const span_
         l = _mm_or_ps(_mm_and_ps(above, one), _mm_andnot_ps(above, l));
     }
     return _mm_and_si128(_mm_cvttps_epi32(_mm_mul_ps(l, _mm_set1_ps(63.0f))), _mm_set1_epi32(0xFF));
-}
-
-// Lit, tinted and stored one by one through the tables, as the plain loop does: the pixels of four
-// whose bits are set in `drawn`.
-void store_pixels_one_by_one(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, int drawn,
-                             __m128i texels, __m128i levels, __m128 inv_w)
-{
-    alignas(16) int32_t texel[4], level[4];
-    alignas(16) float inv_ws[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(texel), texels);
-    _mm_store_si128(reinterpret_cast<__m128i*>(level), levels);
-    _mm_store_ps(inv_ws, inv_w);
-    for (int32_t k = 0; k < 4; ++k) {
-        if (drawn & (1 << k)) {
-            colour[x + k] = shade_texel(static_cast<uint32_t>(texel[k]), static_cast<uint8_t>(level[k]), setup->red_row,
-                                        setup->blue_row);
-            depth[x + k] = inv_ws[k];
-        }
-    }
-}
-
-// Lit, tinted and stored: the pixels of four whose lanes are all ones in `drawn` take their texel
-// lit at their level and their 1/w, the others keep what they had. All four are read and written
-// back whole, which is why the lanes must lie inside the span: its row belongs to this thread
-// alone. A level past 63 has no row in the folded tables; four pixels with such a level among
-// them go one by one through the tables.
-PIXEL_INLINE void store_four_pixels(const span_setup* setup, uint16_t* colour, float* depth, int32_t x, __m128i drawn,
-                                    __m128i texels, __m128i levels, __m128 inv_w)
-{
-    if (_mm_movemask_epi8(_mm_and_si128(drawn, _mm_cmpgt_epi32(levels, _mm_set1_epi32(LIGHT_LEVEL_MAX))))) {
-        store_pixels_one_by_one(setup, colour, depth, x, _mm_movemask_ps(_mm_castsi128_ps(drawn)), texels, levels,
-                                inv_w);
-        return;
-    }
-    const __m128i channel_mask = _mm_set1_epi32(31);
-    __m128i row = _mm_slli_epi32(levels, 5);
-    alignas(16) int32_t red[4], green[4], blue[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(red),
-                    _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 10), channel_mask)));
-    _mm_store_si128(reinterpret_cast<__m128i*>(green),
-                    _mm_or_si128(row, _mm_and_si128(_mm_srli_epi32(texels, 5), channel_mask)));
-    _mm_store_si128(reinterpret_cast<__m128i*>(blue), _mm_or_si128(row, _mm_and_si128(texels, channel_mask)));
-    const uint16_t* lit_red = setup->lit_red;
-    const uint16_t* lit_blue = setup->lit_blue;
-    auto lit = [&](int32_t k) { return lit_red[red[k]] | lit_channels.green[green[k]] | lit_blue[blue[k]]; };
-    // Filled from registers: four stores read back as one vector would stall.
-    __m128i lit_32 = _mm_setr_epi32(lit(0), lit(1), lit(2), lit(3));
-    // Down to 16 bits: each pixel sign-extended from its low half first, so the saturating pack
-    // keeps its bits.
-    __m128i pixels = _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(lit_32, 16), 16), lit_32);
-    __m128i drawn_16 = _mm_packs_epi32(drawn, drawn);
-    __m128i below = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(colour + x));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(colour + x),
-                     _mm_or_si128(_mm_and_si128(drawn_16, pixels), _mm_andnot_si128(drawn_16, below)));
-    __m128 drawn_lanes = _mm_castsi128_ps(drawn);
-    _mm_storeu_ps(depth + x, _mm_or_ps(_mm_and_ps(drawn_lanes, inv_w), _mm_andnot_ps(drawn_lanes, _mm_loadu_ps(depth + x))));
 }
 
 // Which of four pixels pass the depth test, as lanes of all ones: !(depth >= 1/w), so that a NaN
@@ -203,7 +140,8 @@ PIXEL_INLINE __m128i opaque_lanes(__m128i texels)
     return _mm_srai_epi32(_mm_slli_epi32(texels, 16), 31);
 }
 
-// The texels at four indices, one lane each.
+// The texels at four indices, one lane each, filled from registers: four stores read back as one
+// vector would stall.
 PIXEL_INLINE __m128i fetch_four_texels(const uint16_t* texels, __m128i indices)
 {
     alignas(16) int32_t index[4];
@@ -220,6 +158,7 @@ PIXEL_INLINE __m128i truncated_and_masked(__m128 a, __m128i mask)
 // What the vector span loops need of the texture, in every lane: its size for the coordinates, its
 // masks for the wrap and the shift from a texel row to its first texel.
 struct texture_lanes {
+    const uint16_t* texels;
     __m128 width_f, height_f;
     __m128i width_mask, height_mask;
     __m128i row_shift;
@@ -227,47 +166,27 @@ struct texture_lanes {
 
 PIXEL_INLINE texture_lanes texture_lanes_of(const texture* tex)
 {
-    return {_mm_set1_ps(tex->width_f), _mm_set1_ps(tex->height_f), _mm_set1_epi32(tex->width_mask),
-            _mm_set1_epi32(tex->height_mask), _mm_cvtsi32_si128(tex->row_shift)};
+    return {tex->texels,
+            _mm_set1_ps(tex->width_f),
+            _mm_set1_ps(tex->height_f),
+            _mm_set1_epi32(tex->width_mask),
+            _mm_set1_epi32(tex->height_mask),
+            _mm_cvtsi32_si128(tex->row_shift)};
 }
 
-template <bool dithered>
-void fill_span_nearest_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at,
-                                   __m128 step)
+// The nearest texels of four pixels, as fetch_nearest finds them. Every index is wrapped into the
+// texture, so the texels of pixels that are not drawn may be fetched too.
+PIXEL_INLINE __m128i fetch_four_nearest(const texture_lanes* tex, __m128 u, __m128 v)
 {
-    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
-    uint16_t* colour = color_buffer + row;
-    float* depth = depth_buffer + row;
-    const texture* tex = &setup->tex;
     const __m128 zero = _mm_setzero_ps();
-    const __m128 one = _mm_set1_ps(1.0f);
-    const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
-    span_lanes lanes = start_lanes(y, at, step);
-    for (; x + 4 <= end; x += 4) {
-        __m128 inv_w, u_w, v_w, l_w;
-        step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
-        __m128i passing = depth_passing(depth, x, inv_w);
-        if (!lane_bits(passing))
-            continue;
-        __m128 w = _mm_div_ps(one, inv_w);
-        __m128 u = _mm_mul_ps(u_w, w);
-        __m128 v = _mm_mul_ps(v_w, w);
-        // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
-        __m128i column = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, width_f)),
-                                                     _mm_castps_si128(_mm_cmplt_ps(u, zero))),
-                                       width_mask);
-        __m128i texel_row = _mm_and_si128(_mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, height_f)),
-                                                        _mm_castps_si128(_mm_cmplt_ps(v, zero))),
-                                          height_mask);
-        // Every index is wrapped into the texture, so the texels of failing pixels may be fetched too.
-        __m128i texels = fetch_four_texels(tex->texels, _mm_or_si128(_mm_sll_epi32(texel_row, row_shift), column));
-        __m128i drawn = _mm_and_si128(passing, opaque_lanes(texels));
-        if (!lane_bits(drawn))
-            continue;
-        store_four_pixels(setup, colour, depth, x, drawn, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x),
-                          inv_w);
-    }
-    finish_span<false, dithered>(setup, y, x, end, &lanes);
+    // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
+    __m128i column = _mm_and_si128(
+        _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, tex->width_f)), _mm_castps_si128(_mm_cmplt_ps(u, zero))),
+        tex->width_mask);
+    __m128i texel_row = _mm_and_si128(
+        _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, tex->height_f)), _mm_castps_si128(_mm_cmplt_ps(v, zero))),
+        tex->height_mask);
+    return fetch_four_texels(tex->texels, _mm_or_si128(_mm_sll_epi32(texel_row, tex->row_shift), column));
 }
 
 // texture_fraction for four a.
@@ -290,18 +209,122 @@ PIXEL_INLINE __m128i mix_channel(__m128 a, __m128 b, __m128 c, __m128 wa, __m128
     return _mm_cvttps_epi32(_mm_add_ps(_mm_add_ps(_mm_mul_ps(a, wa), _mm_mul_ps(b, wb)), _mm_mul_ps(c, wc)));
 }
 
-template <bool dithered>
-void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at,
-                                    __m128 step)
+// The three-texel filter of sample_filtered for four pixels, in the lanes of `drawn` (those that
+// passed the depth test and whose nearest texel is opaque); the other lanes hold no texel worth
+// drawing.
+PIXEL_INLINE __m128i sample_four_filtered(const texture_lanes* tex, __m128 u, __m128 v, __m128i passing,
+                                          __m128i* drawn)
+{
+    const __m128 one = _mm_set1_ps(1.0f);
+    const __m128 half = _mm_set1_ps(0.5f);
+    __m128 fu = _mm_mul_ps(texture_fractions(u), tex->width_f);
+    __m128 fv = _mm_mul_ps(texture_fractions(v), tex->height_f);
+    __m128i near_index = _mm_or_si128(_mm_sll_epi32(truncated_and_masked(fv, tex->height_mask), tex->row_shift),
+                                      truncated_and_masked(fu, tex->width_mask));
+    // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does.
+    *drawn = _mm_and_si128(passing, opaque_lanes(fetch_four_texels(tex->texels, near_index)));
+    if (!lane_bits(*drawn))
+        return _mm_setzero_si128();
+    __m128 gu = _mm_sub_ps(fu, half);
+    __m128 gv = _mm_sub_ps(fv, half);
+    __m128i x0 = truncated_and_masked(gu, tex->width_mask);
+    __m128i y0 = truncated_and_masked(gv, tex->height_mask);
+    __m128 fx = _mm_sub_ps(gu, _mm_cvtepi32_ps(x0));
+    __m128 fy = _mm_sub_ps(gv, _mm_cvtepi32_ps(y0));
+    __m128i x1 = _mm_and_si128(_mm_add_epi32(x0, _mm_set1_epi32(1)), tex->width_mask);
+    __m128i y1 = _mm_and_si128(_mm_add_epi32(y0, _mm_set1_epi32(1)), tex->height_mask);
+    __m128 upper_left = _mm_cmple_ps(_mm_add_ps(fx, fy), one);
+    __m128i upper_left_bits = _mm_castps_si128(upper_left);
+    __m128i row0 = _mm_sll_epi32(y0, tex->row_shift), row1 = _mm_sll_epi32(y1, tex->row_shift);
+    __m128i index_c = _mm_or_si128(_mm_and_si128(upper_left_bits, _mm_or_si128(row0, x0)),
+                                   _mm_andnot_si128(upper_left_bits, _mm_or_si128(row1, x1)));
+    __m128i a = fetch_four_texels(tex->texels, _mm_or_si128(row1, x0));
+    __m128i b = fetch_four_texels(tex->texels, _mm_or_si128(row0, x1));
+    __m128i c = fetch_four_texels(tex->texels, index_c);
+    __m128 wa = _mm_or_ps(_mm_and_ps(upper_left, fy), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fx)));
+    __m128 wb = _mm_or_ps(_mm_and_ps(upper_left, fx), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fy)));
+    __m128 wc = _mm_or_ps(_mm_and_ps(upper_left, _mm_sub_ps(_mm_sub_ps(one, fx), fy)),
+                          _mm_andnot_ps(upper_left, _mm_sub_ps(_mm_add_ps(fx, fy), one)));
+    __m128i red = mix_channel(channel_of(a, 0x7C00, 1.0f / 1024.0f), channel_of(b, 0x7C00, 1.0f / 1024.0f),
+                              channel_of(c, 0x7C00, 1.0f / 1024.0f), wa, wb, wc);
+    __m128i green = mix_channel(channel_of(a, 0x03E0, 1.0f / 32.0f), channel_of(b, 0x03E0, 1.0f / 32.0f),
+                                channel_of(c, 0x03E0, 1.0f / 32.0f), wa, wb, wc);
+    __m128i blue = mix_channel(channel_of(a, 0x001F, 1.0f), channel_of(b, 0x001F, 1.0f), channel_of(c, 0x001F, 1.0f),
+                               wa, wb, wc);
+    // Extrapolated channels may leave 0 ... 31; their bits are combined as they are, in 16 bits.
+    __m128i mixed = _mm_or_si128(
+        _mm_or_si128(_mm_slli_epi32(_mm_or_si128(red, _mm_set1_epi32(32)), 10), _mm_slli_epi32(green, 5)), blue);
+    return _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF));
+}
+
+// The 5-bit channel of four pixels that starts at `shift`.
+PIXEL_INLINE __m128i channel_lanes(__m128i pixels, int shift)
+{
+    return _mm_and_si128(_mm_srl_epi32(pixels, _mm_cvtsi32_si128(shift)), _mm_set1_epi32(31));
+}
+
+// Four texels lit at their levels and tinted, as shade_texel gives them, in the lanes of `drawn`
+// (the others are lit at level 0, so that every look-up stays inside its table). A level past 63
+// has no row in the folded tables: when a drawn pixel has one, all four go through the tables one
+// by one.
+PIXEL_INLINE __m128i shade_four_texels(const span_setup* setup, __m128i texels, __m128i levels, __m128i drawn)
+{
+    levels = _mm_and_si128(levels, drawn);
+    if (lane_bits(_mm_cmpgt_epi32(levels, _mm_set1_epi32(LIGHT_LEVEL_MAX)))) {
+        alignas(16) int32_t texel[4], level[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(texel), texels);
+        _mm_store_si128(reinterpret_cast<__m128i*>(level), levels);
+        auto shaded = [&](int32_t k) {
+            return shade_texel(static_cast<uint32_t>(texel[k]), static_cast<uint8_t>(level[k]), setup->red_row,
+                               setup->blue_row);
+        };
+        return _mm_setr_epi32(shaded(0), shaded(1), shaded(2), shaded(3));
+    }
+    __m128i row = _mm_slli_epi32(levels, 5);
+    alignas(16) int32_t red[4], green[4], blue[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(red), _mm_or_si128(row, channel_lanes(texels, 10)));
+    _mm_store_si128(reinterpret_cast<__m128i*>(green), _mm_or_si128(row, channel_lanes(texels, 5)));
+    _mm_store_si128(reinterpret_cast<__m128i*>(blue), _mm_or_si128(row, channel_lanes(texels, 0)));
+    const uint16_t* lit_red = setup->lit_red;
+    const uint16_t* lit_blue = setup->lit_blue;
+    auto lit = [&](int32_t k) { return lit_red[red[k]] | lit_channels.green[green[k]] | lit_blue[blue[k]]; };
+    return _mm_setr_epi32(lit(0), lit(1), lit(2), lit(3));
+}
+
+// Four translucent colours over the pixels below, as blend_pixel mixes each.
+PIXEL_INLINE __m128i blend_four_pixels(const span_setup* setup, __m128i below, __m128i colours)
+{
+    alignas(16) int32_t under[3][4], over[3][4];
+    for (int32_t channel = 0; channel < 3; ++channel) {
+        _mm_store_si128(reinterpret_cast<__m128i*>(under[channel]), channel_lanes(below, 10 - 5 * channel));
+        _mm_store_si128(reinterpret_cast<__m128i*>(over[channel]), channel_lanes(colours, 10 - 5 * channel));
+    }
+    const uint8_t* dim_row = setup->blend_dim_row;
+    const uint8_t* lum_row = setup->blend_lum_row;
+    auto mixed = [&](int32_t k) {
+        uint32_t red = dim_row[under[0][k]] + lum_row[over[0][k]];
+        uint32_t green = dim_row[under[1][k]] + lum_row[over[1][k]];
+        uint32_t blue = dim_row[under[2][k]] + lum_row[over[2][k]];
+        return static_cast<int32_t>(PIXEL_OPAQUE | red << 10 | green << 5 | blue);
+    };
+    return _mm_setr_epi32(mixed(0), mixed(1), mixed(2), mixed(3));
+}
+
+// Pixels in 32-bit lanes down to 16 bits: each sign-extended from its low half first, so the
+// saturating pack keeps its bits.
+PIXEL_INLINE __m128i to_16_bits(__m128i pixels)
+{
+    return _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(pixels, 16), 16), _mm_setzero_si128());
+}
+
+template <bool filtered, bool dithered, bool translucent>
+void fill_span_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
     size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
     uint16_t* colour = color_buffer + row;
     float* depth = depth_buffer + row;
-    const texture* tex = &setup->tex;
-    const uint16_t* texture_texels = tex->texels;
     const __m128 one = _mm_set1_ps(1.0f);
-    const __m128 half = _mm_set1_ps(0.5f);
-    const auto [width_f, height_f, width_mask, height_mask, row_shift] = texture_lanes_of(tex);
+    const texture_lanes tex = texture_lanes_of(&setup->tex);
     span_lanes lanes = start_lanes(y, at, step);
     for (; x + 4 <= end; x += 4) {
         __m128 inv_w, u_w, v_w, l_w;
@@ -310,49 +333,35 @@ void fill_span_filtered_opaque_sse2(const span_setup* setup, int32_t y, int32_t 
         if (!lane_bits(passing))
             continue;
         __m128 w = _mm_div_ps(one, inv_w);
-        __m128 fu = _mm_mul_ps(texture_fractions(_mm_mul_ps(u_w, w)), width_f);
-        __m128 fv = _mm_mul_ps(texture_fractions(_mm_mul_ps(v_w, w)), height_f);
-        __m128i near_index = _mm_or_si128(_mm_sll_epi32(truncated_and_masked(fv, height_mask), row_shift),
-                                          truncated_and_masked(fu, width_mask));
-        __m128 gu = _mm_sub_ps(fu, half);
-        __m128 gv = _mm_sub_ps(fv, half);
-        __m128i x0 = truncated_and_masked(gu, width_mask);
-        __m128i y0 = truncated_and_masked(gv, height_mask);
-        __m128 fx = _mm_sub_ps(gu, _mm_cvtepi32_ps(x0));
-        __m128 fy = _mm_sub_ps(gv, _mm_cvtepi32_ps(y0));
-        __m128i x1 = _mm_and_si128(_mm_add_epi32(x0, _mm_set1_epi32(1)), width_mask);
-        __m128i y1 = _mm_and_si128(_mm_add_epi32(y0, _mm_set1_epi32(1)), height_mask);
-        __m128 upper_left = _mm_cmple_ps(_mm_add_ps(fx, fy), one);
-        __m128i upper_left_bits = _mm_castps_si128(upper_left);
-        __m128i row0 = _mm_sll_epi32(y0, row_shift), row1 = _mm_sll_epi32(y1, row_shift);
-        __m128i index_c = _mm_or_si128(_mm_and_si128(upper_left_bits, _mm_or_si128(row0, x0)),
-                                       _mm_andnot_si128(upper_left_bits, _mm_or_si128(row1, x1)));
-        // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does. Every
-        // index is wrapped into the texture, so the texels of pixels left alone may be fetched too.
-        __m128i drawn = _mm_and_si128(passing, opaque_lanes(fetch_four_texels(texture_texels, near_index)));
+        __m128 u = _mm_mul_ps(u_w, w);
+        __m128 v = _mm_mul_ps(v_w, w);
+        __m128i drawn, texels;
+        if (filtered) {
+            texels = sample_four_filtered(&tex, u, v, passing, &drawn);
+        } else {
+            texels = fetch_four_nearest(&tex, u, v);
+            drawn = _mm_and_si128(passing, opaque_lanes(texels));
+        }
         if (!lane_bits(drawn))
             continue;
-        __m128i a = fetch_four_texels(texture_texels, _mm_or_si128(row1, x0));
-        __m128i b = fetch_four_texels(texture_texels, _mm_or_si128(row0, x1));
-        __m128i c = fetch_four_texels(texture_texels, index_c);
-        __m128 wa = _mm_or_ps(_mm_and_ps(upper_left, fy), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fx)));
-        __m128 wb = _mm_or_ps(_mm_and_ps(upper_left, fx), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fy)));
-        __m128 wc = _mm_or_ps(_mm_and_ps(upper_left, _mm_sub_ps(_mm_sub_ps(one, fx), fy)),
-                              _mm_andnot_ps(upper_left, _mm_sub_ps(_mm_add_ps(fx, fy), one)));
-        __m128i red = mix_channel(channel_of(a, 0x7C00, 1.0f / 1024.0f), channel_of(b, 0x7C00, 1.0f / 1024.0f),
-                                  channel_of(c, 0x7C00, 1.0f / 1024.0f), wa, wb, wc);
-        __m128i green = mix_channel(channel_of(a, 0x03E0, 1.0f / 32.0f), channel_of(b, 0x03E0, 1.0f / 32.0f),
-                                    channel_of(c, 0x03E0, 1.0f / 32.0f), wa, wb, wc);
-        __m128i blue = mix_channel(channel_of(a, 0x001F, 1.0f), channel_of(b, 0x001F, 1.0f),
-                                   channel_of(c, 0x001F, 1.0f), wa, wb, wc);
-        // Extrapolated channels may leave 0 ... 31; their bits are combined as they are, in 16 bits.
-        __m128i mixed = _mm_or_si128(_mm_or_si128(_mm_slli_epi32(_mm_or_si128(red, _mm_set1_epi32(32)), 10),
-                                                  _mm_slli_epi32(green, 5)),
-                                     blue);
-        store_four_pixels(setup, colour, depth, x, drawn, _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF)),
-                          light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x), inv_w);
+        __m128i shaded =
+            shade_four_texels(setup, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x), drawn);
+        __m128i drawn_16 = _mm_packs_epi32(drawn, drawn);
+        __m128i below = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(colour + x));
+        __m128i pixels = translucent ? to_16_bits(blend_four_pixels(setup, _mm_unpacklo_epi16(below, _mm_setzero_si128()),
+                                                                    shaded))
+                                     : to_16_bits(shaded);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(colour + x),
+                         _mm_or_si128(_mm_and_si128(drawn_16, pixels), _mm_andnot_si128(drawn_16, below)));
+        if (!translucent) {
+            __m128 drawn_lanes = _mm_castsi128_ps(drawn);
+            _mm_storeu_ps(depth + x, _mm_or_ps(_mm_and_ps(drawn_lanes, inv_w),
+                                               _mm_andnot_ps(drawn_lanes, _mm_loadu_ps(depth + x))));
+        }
     }
-    finish_span<true, dithered>(setup, y, x, end, &lanes);
+    // The fewer than four pixels left, one by one from where the lanes stopped.
+    if (x < end)
+        fill_span<filtered, dithered, translucent>(setup, y, x, end, lanes.quantities, lanes.steps);
 }
 
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, __m128, __m128);
@@ -363,10 +372,10 @@ const span_fill span_fills[2][2][2][2] = {
       {fill_span<false, true, false>, fill_span<false, true, true>}},
      {{fill_span<true, false, false>, fill_span<true, false, true>},
       {fill_span<true, true, false>, fill_span<true, true, true>}}},
-    {{{fill_span_nearest_opaque_sse2<false>, fill_span<false, false, true>},
-      {fill_span_nearest_opaque_sse2<true>, fill_span<false, true, true>}},
-     {{fill_span_filtered_opaque_sse2<false>, fill_span<true, false, true>},
-      {fill_span_filtered_opaque_sse2<true>, fill_span<true, true, true>}}},
+    {{{fill_span_sse2<false, false, false>, fill_span_sse2<false, false, true>},
+      {fill_span_sse2<false, true, false>, fill_span_sse2<false, true, true>}},
+     {{fill_span_sse2<true, false, false>, fill_span_sse2<true, false, true>},
+      {fill_span_sse2<true, true, false>, fill_span_sse2<true, true, true>}}},
 };
 
 span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)

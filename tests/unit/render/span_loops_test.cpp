@@ -24,6 +24,7 @@ struct span_frame {
 
 struct pipeline_switches {
     int32_t filtered, dithered;
+    int32_t translucent; // 1: every triangle blends at a level of 1 ... 63
 };
 
 span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switches switches)
@@ -46,7 +47,9 @@ span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switche
         for (screen_vertex& c : corner)
             c = {between(-30.0f, WIDTH + 30.0f), between(-30.0f, HEIGHT + 30.0f), between(0.01f, 20.0f),
                  between(-40.0f, 40.0f),         between(-40.0f, 40.0f),          between(-0.1f, 1.1f)};
-        draw_triangle(&tex.record, static_cast<uint8_t>(random() % 64), 0, &corner[0], &corner[1], &corner[2]);
+        uint8_t tint = static_cast<uint8_t>(random() % 64);
+        uint8_t blend = switches.translucent ? static_cast<uint8_t>(1 + random() % 63) : 0;
+        draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
     }
     span_loops_vectorised = 1;
     return {frame.colour, frame.depth};
@@ -71,16 +74,28 @@ void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
 
 TEST(span_loops, vectorised_nearest_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0});
 }
 
 TEST(span_loops, vectorised_nearest_span_with_light_dithering_matches_the_plain_loop)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 1});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 0});
 }
 
 TEST(span_loops, vectorised_filtered_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({1, 0});
-    expect_vectorised_loops_match_the_plain_ones({1, 1});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 0});
+}
+
+TEST(span_loops, vectorised_translucent_span_matches_the_plain_loop_on_random_triangles)
+{
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 1});
+}
+
+TEST(span_loops, vectorised_filtered_translucent_span_matches_the_plain_loop_on_random_triangles)
+{
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 1});
 }
