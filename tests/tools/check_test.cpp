@@ -368,6 +368,18 @@ TEST_F(check_test, placeholder_naming_a_variable_no_dialogue_sets_is_named)
                     "gloamhold_data/dialogues/probe.dlg:4: the condition tests state.answred, which no dialogue sets"});
 }
 
+TEST_F(check_test, problems_after_thousands_of_entries_are_named_at_their_own_lines)
+{
+    std::string talk = "> \"Tell me everything.\":\n";
+    for (int line = 2; line <= 3001; ++line)
+        talk += line == 1500 || line == 3001 ? "\t\"Line {state.unset}.\"\n" : "\t\"Line.\"\n";
+    plant("dialogues/probe.dlg", talk);
+    expect_exactly({"gloamhold_data/dialogues/probe.dlg:1500: placeholder {state.unset} names a variable no dialogue "
+                    "sets: it shows \"<?>\"",
+                    "gloamhold_data/dialogues/probe.dlg:3001: placeholder {state.unset} names a variable no dialogue "
+                    "sets: it shows \"<?>\""});
+}
+
 TEST_F(check_test, more_than_eight_answers_at_once_are_named)
 {
     std::string talk;

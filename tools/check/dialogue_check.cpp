@@ -15,12 +15,24 @@
 
 namespace {
 
-int32_t entry_line(const dialogue* record, int32_t entry)
+// The line of every entry, counted in one pass over the text (entries come in the text's order):
+// a dialogue may have tens of thousands, and each may be named.
+std::vector<int32_t> entry_lines(const dialogue* record)
 {
+    std::vector<int32_t> lines(static_cast<size_t>(record->entry_count));
     int32_t line = 1;
-    for (uint32_t i = 0; i < record->entries[entry].start; ++i)
-        line += record->text[i] == '\n';
-    return line;
+    uint32_t at = 0;
+    for (int32_t i = 0; i < record->entry_count; ++i) {
+        uint32_t start = record->entries[i].start;
+        if (start < at) { // out of order after all: count again from the top
+            line = 1;
+            at = 0;
+        }
+        for (; at < start; ++at)
+            line += record->text[at] == '\n';
+        lines[static_cast<size_t>(i)] = line;
+    }
+    return lines;
 }
 
 // Whether walking the block under `parent` can offer an answer in any state of the variables: every
@@ -180,24 +192,25 @@ std::vector<std::string> placeholders_of(const char* shown, int32_t length, std:
     return found;
 }
 
-void check_dialogue_quoted_text(const char* path, const dialogue* record, int32_t entry)
+void check_dialogue_quoted_text(const char* path, const dialogue* record, const std::vector<int32_t>& lines,
+                                int32_t entry)
 {
     int32_t length = 0;
     int closed = 0;
     const char* shown = dialogue_quoted_text(record, entry, &length, &closed);
     bool answer = dialogue_entry_kind_of(record, entry) == DIALOGUE_ANSWER;
     if (answer && !closed) {
-        report(path, entry_line(record, entry), "the answer has no text between double quotes to show");
+        report(path, lines[static_cast<size_t>(entry)], "the answer has no text between double quotes to show");
         return;
     }
     if (!closed)
-        report(path, entry_line(record, entry), "the text line has no closing double quote: it shows to the end "
+        report(path, lines[static_cast<size_t>(entry)], "the text line has no closing double quote: it shows to the end "
                                                 "of the line");
     std::string plain;
     placeholders_of(shown, length, &plain);
     std::string drawing = text_problem(&font_dialogue, "dialogue font", plain.c_str(), plain.size());
     if (!drawing.empty())
-        report(path, entry_line(record, entry), "%s", drawing.c_str());
+        report(path, lines[static_cast<size_t>(entry)], "%s", drawing.c_str());
 }
 
 // A statement or a condition as the game splits it into its tokens.
@@ -274,16 +287,16 @@ std::string statement_problem(const statement_tokens& s, bool condition)
     return "";
 }
 
-void check_statement(const char* path, const dialogue* record, int32_t entry)
+void check_statement(const char* path, const dialogue* record, const std::vector<int32_t>& lines, int32_t entry)
 {
     bool condition = dialogue_entry_kind_of(record, entry) == DIALOGUE_CONDITION;
     std::string problem = statement_problem(tokens_of(record, entry), condition);
     if (problem.empty())
         return;
     if (condition)
-        report(path, entry_line(record, entry), "the condition never holds: %s", problem.c_str());
+        report(path, lines[static_cast<size_t>(entry)], "the condition never holds: %s", problem.c_str());
     else
-        report(path, entry_line(record, entry), "the statement never does anything: %s", problem.c_str());
+        report(path, lines[static_cast<size_t>(entry)], "the statement never does anything: %s", problem.c_str());
 }
 
 struct loaded_dialogue {
@@ -308,6 +321,7 @@ std::vector<loaded_dialogue> every_loaded_dialogue()
 // One dialogue's blocks, jumps, answers at once, statements and shown text.
 void check_dialogue(const char* path, const dialogue* record)
 {
+    std::vector<int32_t> lines = entry_lines(record);
     std::vector<bool> jumped_to(static_cast<size_t>(record->entry_count), false);
     if (!block_may_offer(record, -1, &jumped_to))
         report(path, 0, "offers no answer at its top level, so it never opens");
@@ -322,31 +336,31 @@ void check_dialogue(const char* path, const dialogue* record)
             crowded.insert(answers[DIALOGUE_MAX_CHOICES]);
     }
     for (int32_t entry : crowded)
-        report(path, entry_line(record, entry), "more than %d answers at once: the box offers at most %d",
+        report(path, lines[static_cast<size_t>(entry)], "more than %d answers at once: the box offers at most %d",
                DIALOGUE_MAX_CHOICES, DIALOGUE_MAX_CHOICES);
     for (int32_t jump : walks.jumps_back)
-        report(path, entry_line(record, jump), "the jump calls a block it stands in: the game walks it again "
+        report(path, lines[static_cast<size_t>(jump)], "the jump calls a block it stands in: the game walks it again "
                                                "and again, %d blocks deep", DIALOGUE_MAX_DEPTH);
     for (int32_t i = 0; i < record->entry_count; ++i) {
         const dialogue_entry& e = record->entries[i];
         switch (dialogue_entry_kind_of(record, i)) {
         case DIALOGUE_JUMP:
             if (dialogue_jump_target(record, i) < 0)
-                report(path, entry_line(record, i), "the jump finds no label \"%.*s:\", so its block ends here",
+                report(path, lines[static_cast<size_t>(i)], "the jump finds no label \"%.*s:\", so its block ends here",
                        static_cast<int>(e.end - e.start - 1), record->text + e.start + 1);
             break;
         case DIALOGUE_ANSWER:
         case DIALOGUE_TEXT:
-            check_dialogue_quoted_text(path, record, i);
+            check_dialogue_quoted_text(path, record, lines, i);
             break;
         case DIALOGUE_CONDITION:
         case DIALOGUE_STATEMENT:
-            check_statement(path, record, i);
+            check_statement(path, record, lines, i);
             break;
         case DIALOGUE_LABEL:
             // A ":" inside a text line ends the entry there: the game reads the start as a label.
             if (record->text[e.start] == '"')
-                report(path, entry_line(record, i), "the text line ends at its \":\": the game reads it as a "
+                report(path, lines[static_cast<size_t>(i)], "the text line ends at its \":\": the game reads it as a "
                                                     "label and the rest of the line as a further entry");
             break;
         case DIALOGUE_ELSE:
@@ -367,9 +381,10 @@ void check_variables(const std::vector<loaded_dialogue>& all)
                 set_somewhere.insert(variable_set_by(tokens_of(d.record, i)));
         }
     set_somewhere.erase("");
-    for (const loaded_dialogue& d : all)
+    for (const loaded_dialogue& d : all) {
+        std::vector<int32_t> lines = entry_lines(d.record);
         for (int32_t i = 0; i < d.record->entry_count; ++i) {
-            int32_t line = entry_line(d.record, i);
+            int32_t line = lines[static_cast<size_t>(i)];
             switch (dialogue_entry_kind_of(d.record, i)) {
             case DIALOGUE_TEXT: {
                 int32_t length = 0;
@@ -399,6 +414,7 @@ void check_variables(const std::vector<loaded_dialogue>& all)
                 break;
             }
         }
+    }
 }
 
 } // namespace
