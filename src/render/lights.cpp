@@ -50,22 +50,43 @@ int room_sees_point(int32_t room_index, int32_t target_room, vec3 a, vec3 b)
     return sees_through(room_index, target_room, a, b, portals.count);
 }
 
+namespace {
+
+const light_list* list_of(int32_t list)
+{
+    return list == LIGHTS_FLICKERING ? &flickering_lights : &steady_lights;
+}
+
+// Where the light stands this frame and how bright it is: flickering lights smoothly between
+// ticks, as flicker and motion are stepped by the update.
+void light_now(const light* l, int32_t list, vec3* position, float* brightness)
+{
+    *position = l->position;
+    *brightness = l->brightness;
+    if (list == LIGHTS_FLICKERING) {
+        *position = vec3_add(vec3_scale(vec3_sub(l->position, l->previous_position), render_alpha), l->previous_position);
+        *brightness = (l->brightness - l->previous_brightness) * render_alpha + l->previous_brightness;
+    }
+}
+
+} // namespace
+
 float light_at(const float surface[6], int32_t room_index, int32_t list)
 {
-    const light_list* lights = list == LIGHTS_FLICKERING ? &flickering_lights : &steady_lights;
+    return light_at_selected(surface, room_index, list, nullptr, list_of(list)->count);
+}
+
+float light_at_selected(const float surface[6], int32_t room_index, int32_t list, const int32_t* selected, int32_t count)
+{
+    const light_list* lights = list_of(list);
     vec3 point = {surface[0], surface[1], surface[2]};
     vec3 normal = {surface[3], surface[4], surface[5]};
     float sum = 0.0f;
-    for (int32_t i = 0; i < lights->count; ++i) {
-        const light* l = &lights->lights[i];
-        vec3 position = l->position;
-        float brightness = l->brightness;
-        if (list == LIGHTS_FLICKERING) {
-            // Smooth between ticks: flicker and motion are stepped by the update.
-            position = vec3_add(vec3_scale(vec3_sub(position, l->previous_position), render_alpha),
-                                l->previous_position);
-            brightness = (brightness - l->previous_brightness) * render_alpha + l->previous_brightness;
-        }
+    for (int32_t n = 0; n < count; ++n) {
+        const light* l = &lights->lights[selected ? selected[n] : n];
+        vec3 position;
+        float brightness;
+        light_now(l, list, &position, &brightness);
         vec3 d = vec3_sub(position, point);
         float q = vec3_dot(d, d);
         float radius_squared = l->radius * l->radius;
@@ -89,4 +110,37 @@ float light_at(const float surface[6], int32_t room_index, int32_t list)
             return 1.0f;
     }
     return sum;
+}
+
+int32_t lights_reaching_box(int32_t list, vec3 box_min, vec3 box_max, int32_t* selected)
+{
+    const light_list* lights = list_of(list);
+    int32_t count = 0;
+    for (int32_t i = 0; i < lights->count; ++i) {
+        const light* l = &lights->lights[i];
+        vec3 position;
+        float brightness;
+        light_now(l, list, &position, &brightness);
+        // The gap from the light to the box along each axis, in double: the squared distance of
+        // any point in the box is at least their squares' sum.
+        double gap[3] = {0.0, 0.0, 0.0};
+        const float at[3] = {position.x, position.y, position.z};
+        const float low[3] = {box_min.x, box_min.y, box_min.z};
+        const float high[3] = {box_max.x, box_max.y, box_max.z};
+        for (int32_t axis = 0; axis < 3; ++axis) {
+            if (at[axis] < low[axis])
+                gap[axis] = static_cast<double>(low[axis]) - at[axis];
+            else if (at[axis] > high[axis])
+                gap[axis] = static_cast<double>(at[axis]) - high[axis];
+        }
+        double nearest_squared = gap[0] * gap[0] + gap[1] * gap[1] + gap[2] * gap[2];
+        // light_at's float distance may come out a few parts in ten million short of the true one;
+        // a light that far beyond its radius cannot reach (and one whose radius or place is not a
+        // number never does anything, but is kept all the same).
+        double radius_squared = static_cast<double>(l->radius * l->radius);
+        if (nearest_squared >= radius_squared * (1.0 + 1e-5) + 1e-30)
+            continue;
+        selected[count++] = i;
+    }
+    return count;
 }

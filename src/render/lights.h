@@ -17,6 +17,16 @@ enum light_list_choice : int32_t {
 // taken between their previous and current tick by render_alpha.
 float light_at(const float surface[6], int32_t room, int32_t list);
 
+// light_at over only the lights of the list at `selected` (count indices, in the list's order):
+// the same sum when the others give the point nothing.
+float light_at_selected(const float surface[6], int32_t room, int32_t list, const int32_t* selected, int32_t count);
+
+// The indices, in order, of the lights of a list that may reach some point of the box: every other
+// light is at least its radius from each point in it, with a margin for the rounding of the
+// distances light_at works out, so it gives nothing there. `selected` has room for every light of
+// the list; returns how many it holds.
+int32_t lights_reaching_box(int32_t list, vec3 box_min, vec3 box_max, int32_t* selected);
+
 // 1 when the segment a -> b leaves `room` and reaches `target_room` through a chain of portals,
 // each crossed against its normal and inside its four corners. Doors are not consulted.
 int room_sees_point(int32_t room, int32_t target_room, vec3 a, vec3 b);

@@ -42,6 +42,8 @@ int32_t pose_capacity;
 shade_cache* shade_caches;
 int32_t shade_cache_count;
 int32_t deferred_capacity;
+int32_t* reaching; // the flickering lights that reach the object being drawn
+int32_t reaching_capacity;
 
 // Grows *block to hold at least `needed` elements of T, exactly; 0 when it cannot.
 template <typename T> int reserve(T** block, int32_t* capacity, int32_t needed)
@@ -120,6 +122,24 @@ float light_at_vertex(const clip_vertex* v, int32_t light_context, int32_t list)
     return light_at(surface, light_context, list);
 }
 
+// The flickering lights that may reach any of the first `count` working vertices (in world space),
+// into reaching; -1 when every light must be asked: the list cannot be had, or a coordinate is not
+// a number (such a vertex is never out of a light's reach).
+int32_t flickering_lights_reaching(int32_t count)
+{
+    if (!reserve(&reaching, &reaching_capacity, flickering_lights.count > 0 ? flickering_lights.count : 1))
+        return -1;
+    vec3 low = {HUGE_VALF, HUGE_VALF, HUGE_VALF}, high = {-HUGE_VALF, -HUGE_VALF, -HUGE_VALF};
+    for (int32_t i = 0; i < count; ++i) {
+        const clip_vertex& v = working[i];
+        if (v.x != v.x || v.y != v.y || v.z != v.z)
+            return -1;
+        low = {fminf(low.x, v.x), fminf(low.y, v.y), fminf(low.z, v.z)};
+        high = {fmaxf(high.x, v.x), fmaxf(high.y, v.y), fmaxf(high.z, v.z)};
+    }
+    return lights_reaching_box(LIGHTS_FLICKERING, low, high, reaching);
+}
+
 // Shades of the working vertices; 0 when the object's shade cache cannot be had.
 int shade_vertices(int32_t object_index, int32_t count, int32_t light_context)
 {
@@ -148,9 +168,18 @@ int shade_vertices(int32_t object_index, int32_t count, int32_t light_context)
         }
         cache->built = 1;
     }
+    // Most flickering lights reach few objects: those beyond the object's box are left out, which
+    // leaves every sum as it was.
+    int32_t reaching_count = flickering_lights_reaching(count);
+    const int32_t* selected = reaching_count >= 0 ? reaching : nullptr;
+    if (reaching_count < 0)
+        reaching_count = flickering_lights.count;
     for (int32_t i = 0; i < count; ++i) {
+        const clip_vertex& v = working[i];
+        const float surface[6] = {v.x, v.y, v.z, v.nx, v.ny, v.nz};
         float steady = static_cast<float>(cache->shades[i]) / 255.0f;
-        float flickering = 1.0f - light_at_vertex(&working[i], light_context, LIGHTS_FLICKERING);
+        float flickering =
+            1.0f - light_at_selected(surface, light_context, LIGHTS_FLICKERING, selected, reaching_count);
         working[i].l = steady < flickering ? steady : flickering;
     }
     return 1;
@@ -331,5 +360,6 @@ void release_world_pass_arrays()
     heap_release(&working, &working_capacity);
     heap_release(&poses, &pose_capacity);
     heap_release(&deferred_triangles, &deferred_capacity);
+    heap_release(&reaching, &reaching_capacity);
     deferred_count = 0;
 }

@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <string.h>
+
+#include <random>
+#include <vector>
+
 #include "assets/world.h"
 #include "core/loop_state.h"
 #include "render/lights.h"
@@ -173,4 +178,39 @@ TEST_F(light_rooms, a_chain_of_two_openings_leads_through_the_middle_room)
     EXPECT_EQ(room_sees_point(near_room, third_room, {0, 0, 2}, {0, 0, 12}), 1);
     // Bent past the second opening's corners: the chain breaks there.
     EXPECT_EQ(room_sees_point(near_room, third_room, {0, 0, 2}, {0, 3, 12}), 0);
+}
+
+TEST_F(light_rooms, lights_left_out_as_beyond_a_box_change_no_point_in_it)
+{
+    std::mt19937 random(11);
+    auto between = [&random](float low, float high) { return std::uniform_real_distribution<float>(low, high)(random); };
+    // Flickering lights moving between ticks, some just beyond the box's corners and faces.
+    for (int32_t i = 0; i < 40; ++i) {
+        add_light(LIGHTS_FLICKERING, i % 2 ? near_room : far_room, {between(-6, 6), between(-6, 6), between(-1, 11)},
+                  between(0.5f, 4.0f), between(0.1f, 0.6f), i % 3 == 0);
+        light* l = &flickering_lights.lights[flickering_lights.count - 1];
+        l->previous_position = vec3_add(l->position, {between(-1, 1), between(-1, 1), between(-1, 1)});
+        l->previous_brightness = between(0.1f, 0.6f);
+    }
+    render_alpha = 0.37f;
+    std::vector<int32_t> selected(static_cast<size_t>(flickering_lights.count));
+    int32_t left_out = 0;
+    for (int32_t round = 0; round < 50; ++round) {
+        vec3 low = {between(-4, 2), between(-4, 2), between(0, 8)};
+        vec3 high = vec3_add(low, {between(0, 2), between(0, 2), between(0, 2)});
+        int32_t count = lights_reaching_box(LIGHTS_FLICKERING, low, high, selected.data());
+        left_out += flickering_lights.count - count;
+        for (int32_t p = 0; p < 40; ++p) {
+            // Points inside the box, on its faces and at its corners.
+            float x = p % 4 == 0 ? low.x : p % 4 == 1 ? high.x : between(low.x, high.x);
+            float y = p % 3 == 0 ? low.y : between(low.y, high.y);
+            float z = p % 5 == 0 ? high.z : between(low.z, high.z);
+            const float surface[6] = {x, y, z, 0, 0, -1};
+            float all = light_at(surface, near_room, LIGHTS_FLICKERING);
+            float some = light_at_selected(surface, near_room, LIGHTS_FLICKERING, selected.data(), count);
+            ASSERT_EQ(memcmp(&all, &some, sizeof(float)), 0) << "round " << round << ", point " << p;
+        }
+    }
+    EXPECT_GT(left_out, 500) << "most lights are beyond most boxes";
+    render_alpha = 1.0f;
 }
