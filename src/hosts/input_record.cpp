@@ -10,30 +10,20 @@ input_recording recording;
 
 void input_record_line(char* line, size_t capacity, int32_t tick, const script_event& event)
 {
-    char key[16];
-    switch (event.kind) {
-    case SCRIPT_KEY_DOWN:
-    case SCRIPT_KEY_UP:
-        script_key_name(static_cast<uint32_t>(event.a), key, sizeof key);
-        string_printf(line, capacity, "%d %s %s\n", tick, event.kind == SCRIPT_KEY_DOWN ? "down" : "up", key);
-        break;
-    case SCRIPT_MOUSE:
-        string_printf(line, capacity, "%d mouse %d %d\n", tick, event.a, event.b);
-        break;
-    case SCRIPT_WHEEL:
-        string_printf(line, capacity, "%d wheel %d\n", tick, event.a);
-        break;
-    case SCRIPT_CURSOR:
-        string_printf(line, capacity, "%d cursor %d %d\n", tick, event.a, event.b);
-        break;
-    case SCRIPT_TIME:
-        // Seventeen digits read back as the same double: the replay's clock is the live one.
-        string_printf(line, capacity, "%d time %.17g\n", tick, event.seconds);
-        break;
-    case SCRIPT_QUIT:
-        string_printf(line, capacity, "%d quit\n", tick);
-        break;
-    }
+    const script_event_form& form = script_event_forms[event.kind];
+    char values[48];
+    if (event.kind == SCRIPT_KEY_DOWN || event.kind == SCRIPT_KEY_UP)
+        script_key_name(static_cast<uint32_t>(event.a), values, sizeof values);
+    else if (event.kind == SCRIPT_TIME) // 17 digits read back as the same double: the replay's clock is the live one
+        string_printf(values, sizeof values, "%.17g", event.seconds);
+    else if (form.values == 2)
+        string_printf(values, sizeof values, "%d %d", event.a, event.b);
+    else
+        string_printf(values, sizeof values, "%d", event.a);
+    if (form.values == 0)
+        string_printf(line, capacity, "%d %s\n", tick, form.word);
+    else
+        string_printf(line, capacity, "%d %s %s\n", tick, form.word, values);
 }
 
 // Each line reaches the file at once, so that a crash leaves everything up to it.

@@ -147,6 +147,12 @@ static int insert_event(input_script* script, const script_event& event)
     return 1;
 }
 
+const script_event_form script_event_forms[SCRIPT_EVENT_KINDS] = {
+    {"down", 1, "T down KEY"},     {"up", 1, "T up KEY"},          {"mouse", 2, "T mouse DX DY"},
+    {"wheel", 1, "T wheel N"},     {"cursor", 2, "T cursor X Y"}, {"time", 1, "T time SECONDS"},
+    {"quit", 0, "T quit"},
+};
+
 // One line's event; 0 with a message when it is not one.
 static int parse_event(char words[MAX_WORDS][WORD_CAPACITY], int count, script_event* event, char* error,
                        size_t capacity)
@@ -160,37 +166,18 @@ static int parse_event(char words[MAX_WORDS][WORD_CAPACITY], int count, script_e
         return 0;
     }
     const char* verb = words[1];
-    int wanted = 0;
-    if (text_equal_ignoring_case(verb, "DOWN")) {
-        event->kind = SCRIPT_KEY_DOWN;
-        wanted = 1;
-    } else if (text_equal_ignoring_case(verb, "UP")) {
-        event->kind = SCRIPT_KEY_UP;
-        wanted = 1;
-    } else if (text_equal_ignoring_case(verb, "MOUSE")) {
-        event->kind = SCRIPT_MOUSE;
-        wanted = 2;
-    } else if (text_equal_ignoring_case(verb, "CURSOR")) {
-        event->kind = SCRIPT_CURSOR;
-        wanted = 2;
-    } else if (text_equal_ignoring_case(verb, "WHEEL")) {
-        event->kind = SCRIPT_WHEEL;
-        wanted = 1;
-    } else if (text_equal_ignoring_case(verb, "TIME")) {
-        event->kind = SCRIPT_TIME;
-        wanted = 1;
-    } else if (text_equal_ignoring_case(verb, "QUIT")) {
-        event->kind = SCRIPT_QUIT;
-        wanted = 0;
-    } else {
-        string_printf(error, capacity, "unknown event '%s' (down, up, mouse, wheel or cursor)", verb);
+    int kind = 0;
+    while (kind < SCRIPT_EVENT_KINDS && !text_equal_ignoring_case(verb, script_event_forms[kind].word))
+        ++kind;
+    if (kind == SCRIPT_EVENT_KINDS) {
+        string_printf(error, capacity, "unknown event '%s' (down, up, mouse, wheel, cursor, time or quit)", verb);
         return 0;
     }
+    event->kind = static_cast<script_event_kind>(kind);
+    int wanted = script_event_forms[kind].values;
     if (count - 2 != wanted) {
-        static const char* const forms[] = {"T down KEY", "T up KEY", "T mouse DX DY", "T wheel N",
-                                            "T cursor X Y", "T time SECONDS", "T quit"};
         string_printf(error, capacity, "'%s' takes %d value%s: %s", verb, wanted, wanted == 1 ? "" : "s",
-                      forms[event->kind]);
+                      script_event_forms[kind].usage);
         return 0;
     }
     event->b = 0;

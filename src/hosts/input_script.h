@@ -22,6 +22,17 @@ enum script_event_kind : uint8_t {
     SCRIPT_QUIT,   // the window closed: the game ends before update `tick`
 };
 
+enum { SCRIPT_EVENT_KINDS = SCRIPT_QUIT + 1 };
+
+// How each kind of event is written after its tick: the word, how many values follow it, and the
+// whole line's form for messages. The reader and the recorder both go by it.
+struct script_event_form {
+    const char* word;
+    int values;
+    const char* usage;
+};
+extern const script_event_form script_event_forms[SCRIPT_EVENT_KINDS];
+
 struct script_event {
     int32_t tick;
     script_event_kind kind;

@@ -146,7 +146,7 @@ TEST(input_script, an_unknown_event_names_the_line)
     parsed p("0 down W\n1 press W\n");
     EXPECT_EQ(p.ok, 0);
     EXPECT_EQ(p.line, 2);
-    EXPECT_EQ(p.error, "unknown event 'press' (down, up, mouse, wheel or cursor)");
+    EXPECT_EQ(p.error, "unknown event 'press' (down, up, mouse, wheel, cursor, time or quit)");
 }
 
 TEST(input_script, missing_or_extra_values_name_the_form)
