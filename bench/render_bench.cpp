@@ -19,7 +19,7 @@ const int32_t HEIGHT = 480;
 struct bench_frame {
     std::vector<uint16_t> colour = std::vector<uint16_t>(WIDTH * HEIGHT, 0x8000);
     std::vector<float> depth = std::vector<float>(WIDTH * HEIGHT, 0.0f);
-    std::vector<uint16_t> texels = std::vector<uint16_t>(64 * 64);
+    std::vector<uint16_t> texels = std::vector<uint16_t>(64 * 64 + 1); // and the spare texel
     texture tex = {};
 
     bench_frame(int32_t interpolation, int32_t dithering)

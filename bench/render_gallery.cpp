@@ -75,7 +75,7 @@ struct owned_texture {
     owned_texture(int32_t size_log2)
     {
         int32_t size = 1 << size_log2;
-        texels.assign(static_cast<size_t>(size * size), 0);
+        texels.assign(static_cast<size_t>(size * size) + 1, 0); // and the spare texel
         record.width = record.height = size;
         record.texels = texels.data();
         record.width_f = record.height_f = static_cast<float>(size);

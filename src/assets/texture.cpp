@@ -42,10 +42,11 @@ int texture_create(texture* record, int32_t width, int32_t height)
     int32_t shift = 0;
     while ((width >> (shift + 1)) != 0)
         ++shift;
-    size_t bytes = static_cast<size_t>(width) * static_cast<size_t>(height) * sizeof(uint16_t);
-    uint16_t* texels = static_cast<uint16_t*>(platform_heap_alloc(bytes));
+    size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
+    uint16_t* texels = static_cast<uint16_t*>(platform_heap_alloc((count + 1) * sizeof(uint16_t)));
     if (!texels)
         return 0;
+    texels[count] = 0;
     record->width = width;
     record->height = height;
     record->texels = texels;

@@ -18,7 +18,8 @@ enum texture_flag : uint8_t {
 struct texture {
     int32_t width;  // a power of two
     int32_t height; // a power of two
-    uint16_t* texels; // width x height, rows top first, no padding; heap block owned by the record
+    uint16_t* texels; // width x height, rows top first, no padding between rows, then one spare texel
+                      // (the vector span loops read every texel as four bytes); heap block owned by the record
     float width_f;
     float height_f;
     int32_t width_mask;  // width - 1
@@ -43,7 +44,8 @@ extern int32_t fallback_texture;
 // The report of the last reload_textures, for the on-screen message line to show.
 extern char texture_reload_message[TEXTURE_RELOAD_MESSAGE_CAPACITY];
 
-// Sets the size fields and allocates width x height texels (uninitialised); sides must be positive.
+// Sets the size fields and allocates width x height texels and the spare one (uninitialised, the
+// spare zero); sides must be positive.
 int texture_create(texture* record, int32_t width, int32_t height);
 // Releases the texels; on success width becomes 0 and texels null.
 int texture_free(texture* record);

@@ -32,6 +32,7 @@ struct lit_channel_set {
     uint16_t red[COLOUR_TABLE_ROWS][COLOUR_TABLE_ENTRIES];
     uint16_t green[COLOUR_TABLE_ENTRIES];
     uint16_t blue[COLOUR_TABLE_ROWS][COLOUR_TABLE_ENTRIES];
+    uint16_t spare; // the vector loops read every entry as four bytes, the last one too
 };
 
 extern lit_channel_set lit_channels;

@@ -1,5 +1,6 @@
 #include "render/raster.h"
 
+#include <immintrin.h>
 #include <math.h>
 #include <stddef.h>
 
@@ -9,7 +10,13 @@
 #include "render/frame.h"
 #include "render/pixel_pipeline.h"
 
-int span_loops_vectorised = 1;
+int widest_span_loop_lanes()
+{
+    __builtin_cpu_init(); // may run before the run-time library has looked at the processor
+    return __builtin_cpu_supports("avx2") ? 8 : 4;
+}
+
+int span_loop_lanes = widest_span_loop_lanes();
 
 namespace {
 
@@ -72,310 +79,231 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
     }
 }
 
-// The span loops four pixels at a time, with the same result as fill_span to the bit. The four
-// interpolated quantities step together in the lanes of one vector, each lane adding the same step
-// in the same order as the plain loop, so every pixel sees exactly its value there; the division,
-// the texel addresses, the filter's weights and mix, the light levels and the blend are then worked
-// out for four pixels at once with the same single operations in the same order, and only the
-// texel and table look-ups stay one by one. The four pixels are read and written back whole, the
-// ones not drawn with what they had: a span's row belongs to one thread alone.
+// The vector span loops, once for SSE2 (every x86-64 processor) and once for AVX2 (most since
+// 2013, chosen at start-up), from one body; each set gives the few operations that differ.
+namespace sse2_lanes {
 
-// What the vector loops keep for a whole span.
-struct span_lanes {
-    __m128 quantities; // 1/w, u/w, v/w, l/w of the next pixel
-    __m128 steps;
-    float dither_row[8]; // this row's dither offsets, twice over, to read four from any x & 3
-};
+constexpr int32_t LANES = 4;
+using floats = __m128;
+typedef int32_t ints __attribute__((vector_size(16)));
 
-span_lanes start_lanes(int32_t y, __m128 at, __m128 step)
+PIXEL_INLINE floats splat(float value)
 {
-    span_lanes lanes;
-    lanes.quantities = at;
-    lanes.steps = step;
-    for (int32_t k = 0; k < 8; ++k)
-        lanes.dither_row[k] = light_dither_offset(k, y);
-    return lanes;
+    return _mm_set1_ps(value);
 }
-
-// The next four pixels' quantities, one vector per quantity (the first pixel in lane 0).
-PIXEL_INLINE void step_four_pixels(span_lanes* lanes, __m128* inv_w, __m128* u_w, __m128* v_w, __m128* l_w)
+PIXEL_INLINE ints splat(int32_t value)
 {
-    *inv_w = lanes->quantities;
-    *u_w = _mm_add_ps(*inv_w, lanes->steps);
-    *v_w = _mm_add_ps(*u_w, lanes->steps);
-    *l_w = _mm_add_ps(*v_w, lanes->steps);
-    lanes->quantities = _mm_add_ps(*l_w, lanes->steps);
+    return reinterpret_cast<ints>(_mm_set1_epi32(value));
+}
+// Towards zero; a value outside the 32-bit range becomes 0x80000000, as in the plain loop.
+PIXEL_INLINE ints truncate(floats value)
+{
+    return reinterpret_cast<ints>(_mm_cvttps_epi32(value));
+}
+PIXEL_INLINE floats to_floats(ints value)
+{
+    return _mm_cvtepi32_ps(reinterpret_cast<__m128i>(value));
+}
+// The lanes whose mask is all ones, as bits.
+PIXEL_INLINE int lane_bits(ints mask)
+{
+    return _mm_movemask_ps(reinterpret_cast<__m128>(mask));
+}
+PIXEL_INLINE floats load_floats(const float* from)
+{
+    return _mm_loadu_ps(from);
+}
+PIXEL_INLINE void store_floats(float* to, floats value)
+{
+    _mm_storeu_ps(to, value);
+}
+PIXEL_INLINE ints load_pixels(const uint16_t* from)
+{
+    __m128i pixels = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+    return reinterpret_cast<ints>(_mm_unpacklo_epi16(pixels, _mm_setzero_si128()));
+}
+// The low 16 bits of each lane, each sign-extended from there first so that the saturating pack
+// keeps its bits.
+PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
+{
+    __m128i widened = reinterpret_cast<__m128i>((pixels << 16) >> 16);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(widened, widened));
+}
+// SSE2 has no gather: the indices go through memory and the entries come back through registers
+// (four stores read back as one vector would stall).
+PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
+{
+    alignas(16) int32_t at[4];
+    memcpy(at, &index, sizeof at);
+    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
+}
+PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
+{
+    alignas(16) int32_t at[4];
+    memcpy(at, &index, sizeof at);
+    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
+}
+// Texel channels of 0 ... 31 lit at levels of 0 ... 63 and tinted: three look-ups in the folded
+// tables, one for each channel.
+PIXEL_INLINE ints light_texels(const span_setup* setup, ints red, ints green, ints blue, ints levels)
+{
+    ints row = levels << 5;
+    return gather_texels(setup->lit_red, row | red) | gather_texels(lit_channels.green, row | green) |
+           gather_texels(setup->lit_blue, row | blue);
+}
+// The next four pixels' quantities, one vector per quantity (the first pixel in lane 0).
+PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, floats* u_w, floats* v_w, floats* l_w)
+{
+    *inv_w = *quantities;
+    *u_w = _mm_add_ps(*inv_w, steps);
+    *v_w = _mm_add_ps(*u_w, steps);
+    *l_w = _mm_add_ps(*v_w, steps);
+    *quantities = _mm_add_ps(*l_w, steps);
     _MM_TRANSPOSE4_PS(*inv_w, *u_w, *v_w, *l_w);
 }
-
-// The light levels of four shades, as light_level or light_level_dithered gives them.
-template <bool dithered> PIXEL_INLINE __m128i light_levels(__m128 l, const span_lanes* lanes, int32_t x)
-{
-    if (dithered) {
-        const __m128 zero = _mm_setzero_ps(), one = _mm_set1_ps(1.0f);
-        l = _mm_add_ps(l, _mm_loadu_ps(lanes->dither_row + (x & 3)));
-        l = _mm_andnot_ps(_mm_cmplt_ps(l, zero), l); // below 0 becomes 0; NaN and -0 stay
-        __m128 above = _mm_cmpgt_ps(l, one);
-        l = _mm_or_ps(_mm_and_ps(above, one), _mm_andnot_ps(above, l));
-    }
-    return _mm_and_si128(_mm_cvttps_epi32(_mm_mul_ps(l, _mm_set1_ps(63.0f))), _mm_set1_epi32(0xFF));
-}
-
-// Which of four pixels pass the depth test, as lanes of all ones: !(depth >= 1/w), so that a NaN
-// depth or 1/w draws as in the plain loop.
-PIXEL_INLINE __m128i depth_passing(const float* depth, int32_t x, __m128 inv_w)
-{
-    return _mm_castps_si128(_mm_cmpnge_ps(_mm_loadu_ps(depth + x), inv_w));
-}
-
-// The lanes that are all ones in `mask`, as bits.
-PIXEL_INLINE int lane_bits(__m128i mask)
-{
-    return _mm_movemask_ps(_mm_castsi128_ps(mask));
-}
-
-// All ones in the lanes whose texel has the opaque bit.
-PIXEL_INLINE __m128i opaque_lanes(__m128i texels)
-{
-    return _mm_srai_epi32(_mm_slli_epi32(texels, 16), 31);
-}
-
-// The texels at four indices, one lane each, filled from registers: four stores read back as one
-// vector would stall.
-PIXEL_INLINE __m128i fetch_four_texels(const uint16_t* texels, __m128i indices)
-{
-    alignas(16) int32_t index[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(index), indices);
-    return _mm_setr_epi32(texels[index[0]], texels[index[1]], texels[index[2]], texels[index[3]]);
-}
-
-// truncate(a) & mask, for four a.
-PIXEL_INLINE __m128i truncated_and_masked(__m128 a, __m128i mask)
-{
-    return _mm_and_si128(_mm_cvttps_epi32(a), mask);
-}
-
-// What the vector span loops need of the texture, in every lane: its size for the coordinates, its
-// masks for the wrap and the shift from a texel row to its first texel.
-struct texture_lanes {
-    const uint16_t* texels;
-    __m128 width_f, height_f;
-    __m128i width_mask, height_mask;
-    __m128i row_shift;
-};
-
-PIXEL_INLINE texture_lanes texture_lanes_of(const texture* tex)
-{
-    return {tex->texels,
-            _mm_set1_ps(tex->width_f),
-            _mm_set1_ps(tex->height_f),
-            _mm_set1_epi32(tex->width_mask),
-            _mm_set1_epi32(tex->height_mask),
-            _mm_cvtsi32_si128(tex->row_shift)};
-}
-
-// The nearest texels of four pixels, as fetch_nearest finds them. Every index is wrapped into the
-// texture, so the texels of pixels that are not drawn may be fetched too.
-PIXEL_INLINE __m128i fetch_four_nearest(const texture_lanes* tex, __m128 u, __m128 v)
-{
-    const __m128 zero = _mm_setzero_ps();
-    // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
-    __m128i column = _mm_and_si128(
-        _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, tex->width_f)), _mm_castps_si128(_mm_cmplt_ps(u, zero))),
-        tex->width_mask);
-    __m128i texel_row = _mm_and_si128(
-        _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, tex->height_f)), _mm_castps_si128(_mm_cmplt_ps(v, zero))),
-        tex->height_mask);
-    return fetch_four_texels(tex->texels, _mm_or_si128(_mm_sll_epi32(texel_row, tex->row_shift), column));
-}
-
-// texture_fraction for four a.
-PIXEL_INLINE __m128 texture_fractions(__m128 a)
-{
-    __m128 fraction = _mm_sub_ps(a, _mm_cvtepi32_ps(_mm_cvttps_epi32(a)));
-    __m128 negative = _mm_cmplt_ps(fraction, _mm_setzero_ps());
-    return _mm_or_ps(_mm_and_ps(negative, _mm_add_ps(fraction, _mm_set1_ps(1.0f))), _mm_andnot_ps(negative, fraction));
-}
-
-// One channel of four texels, masked and scaled down to 0 ... 31, as a float (both exact).
-PIXEL_INLINE __m128 channel_of(__m128i texels, int32_t bits_mask, float scale)
-{
-    return _mm_mul_ps(_mm_cvtepi32_ps(_mm_and_si128(texels, _mm_set1_epi32(bits_mask))), _mm_set1_ps(scale));
-}
-
-// (a * wa + b * wb) + c * wc, lane by lane, as sample_filtered mixes each channel.
-PIXEL_INLINE __m128i mix_channel(__m128 a, __m128 b, __m128 c, __m128 wa, __m128 wb, __m128 wc)
-{
-    return _mm_cvttps_epi32(_mm_add_ps(_mm_add_ps(_mm_mul_ps(a, wa), _mm_mul_ps(b, wb)), _mm_mul_ps(c, wc)));
-}
-
-// The three-texel filter of sample_filtered for four pixels, in the lanes of `drawn` (those that
-// passed the depth test and whose nearest texel is opaque); the other lanes hold no texel worth
-// drawing.
-PIXEL_INLINE __m128i sample_four_filtered(const texture_lanes* tex, __m128 u, __m128 v, __m128i passing,
-                                          __m128i* drawn)
-{
-    const __m128 one = _mm_set1_ps(1.0f);
-    const __m128 half = _mm_set1_ps(0.5f);
-    __m128 fu = _mm_mul_ps(texture_fractions(u), tex->width_f);
-    __m128 fv = _mm_mul_ps(texture_fractions(v), tex->height_f);
-    __m128i near_index = _mm_or_si128(_mm_sll_epi32(truncated_and_masked(fv, tex->height_mask), tex->row_shift),
-                                      truncated_and_masked(fu, tex->width_mask));
-    // A transparent nearest texel leaves its pixel alone, as sample_filtered's 0 does.
-    *drawn = _mm_and_si128(passing, opaque_lanes(fetch_four_texels(tex->texels, near_index)));
-    if (!lane_bits(*drawn))
-        return _mm_setzero_si128();
-    __m128 gu = _mm_sub_ps(fu, half);
-    __m128 gv = _mm_sub_ps(fv, half);
-    __m128i x0 = truncated_and_masked(gu, tex->width_mask);
-    __m128i y0 = truncated_and_masked(gv, tex->height_mask);
-    __m128 fx = _mm_sub_ps(gu, _mm_cvtepi32_ps(x0));
-    __m128 fy = _mm_sub_ps(gv, _mm_cvtepi32_ps(y0));
-    __m128i x1 = _mm_and_si128(_mm_add_epi32(x0, _mm_set1_epi32(1)), tex->width_mask);
-    __m128i y1 = _mm_and_si128(_mm_add_epi32(y0, _mm_set1_epi32(1)), tex->height_mask);
-    __m128 upper_left = _mm_cmple_ps(_mm_add_ps(fx, fy), one);
-    __m128i upper_left_bits = _mm_castps_si128(upper_left);
-    __m128i row0 = _mm_sll_epi32(y0, tex->row_shift), row1 = _mm_sll_epi32(y1, tex->row_shift);
-    __m128i index_c = _mm_or_si128(_mm_and_si128(upper_left_bits, _mm_or_si128(row0, x0)),
-                                   _mm_andnot_si128(upper_left_bits, _mm_or_si128(row1, x1)));
-    __m128i a = fetch_four_texels(tex->texels, _mm_or_si128(row1, x0));
-    __m128i b = fetch_four_texels(tex->texels, _mm_or_si128(row0, x1));
-    __m128i c = fetch_four_texels(tex->texels, index_c);
-    __m128 wa = _mm_or_ps(_mm_and_ps(upper_left, fy), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fx)));
-    __m128 wb = _mm_or_ps(_mm_and_ps(upper_left, fx), _mm_andnot_ps(upper_left, _mm_sub_ps(one, fy)));
-    __m128 wc = _mm_or_ps(_mm_and_ps(upper_left, _mm_sub_ps(_mm_sub_ps(one, fx), fy)),
-                          _mm_andnot_ps(upper_left, _mm_sub_ps(_mm_add_ps(fx, fy), one)));
-    __m128i red = mix_channel(channel_of(a, 0x7C00, 1.0f / 1024.0f), channel_of(b, 0x7C00, 1.0f / 1024.0f),
-                              channel_of(c, 0x7C00, 1.0f / 1024.0f), wa, wb, wc);
-    __m128i green = mix_channel(channel_of(a, 0x03E0, 1.0f / 32.0f), channel_of(b, 0x03E0, 1.0f / 32.0f),
-                                channel_of(c, 0x03E0, 1.0f / 32.0f), wa, wb, wc);
-    __m128i blue = mix_channel(channel_of(a, 0x001F, 1.0f), channel_of(b, 0x001F, 1.0f), channel_of(c, 0x001F, 1.0f),
-                               wa, wb, wc);
-    // Extrapolated channels may leave 0 ... 31; their bits are combined as they are, in 16 bits.
-    __m128i mixed = _mm_or_si128(
-        _mm_or_si128(_mm_slli_epi32(_mm_or_si128(red, _mm_set1_epi32(32)), 10), _mm_slli_epi32(green, 5)), blue);
-    return _mm_and_si128(mixed, _mm_set1_epi32(0xFFFF));
-}
-
-// The 5-bit channel of four pixels that starts at `shift`.
-PIXEL_INLINE __m128i channel_lanes(__m128i pixels, int shift)
-{
-    return _mm_and_si128(_mm_srl_epi32(pixels, _mm_cvtsi32_si128(shift)), _mm_set1_epi32(31));
-}
-
-// Four texels lit at their levels and tinted, as shade_texel gives them, in the lanes of `drawn`
-// (the others are lit at level 0, so that every look-up stays inside its table). A level past 63
-// has no row in the folded tables: when a drawn pixel has one, all four go through the tables one
-// by one.
-PIXEL_INLINE __m128i shade_four_texels(const span_setup* setup, __m128i texels, __m128i levels, __m128i drawn)
-{
-    levels = _mm_and_si128(levels, drawn);
-    if (lane_bits(_mm_cmpgt_epi32(levels, _mm_set1_epi32(LIGHT_LEVEL_MAX)))) {
-        alignas(16) int32_t texel[4], level[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(texel), texels);
-        _mm_store_si128(reinterpret_cast<__m128i*>(level), levels);
-        auto shaded = [&](int32_t k) {
-            return shade_texel(static_cast<uint32_t>(texel[k]), static_cast<uint8_t>(level[k]), setup->red_row,
-                               setup->blue_row);
-        };
-        return _mm_setr_epi32(shaded(0), shaded(1), shaded(2), shaded(3));
-    }
-    __m128i row = _mm_slli_epi32(levels, 5);
-    alignas(16) int32_t red[4], green[4], blue[4];
-    _mm_store_si128(reinterpret_cast<__m128i*>(red), _mm_or_si128(row, channel_lanes(texels, 10)));
-    _mm_store_si128(reinterpret_cast<__m128i*>(green), _mm_or_si128(row, channel_lanes(texels, 5)));
-    _mm_store_si128(reinterpret_cast<__m128i*>(blue), _mm_or_si128(row, channel_lanes(texels, 0)));
-    const uint16_t* lit_red = setup->lit_red;
-    const uint16_t* lit_blue = setup->lit_blue;
-    auto lit = [&](int32_t k) { return lit_red[red[k]] | lit_channels.green[green[k]] | lit_blue[blue[k]]; };
-    return _mm_setr_epi32(lit(0), lit(1), lit(2), lit(3));
-}
-
-// Four translucent colours over the pixels below, as blend_pixel mixes each.
-PIXEL_INLINE __m128i blend_four_pixels(const span_setup* setup, __m128i below, __m128i colours)
-{
-    alignas(16) int32_t under[3][4], over[3][4];
-    for (int32_t channel = 0; channel < 3; ++channel) {
-        _mm_store_si128(reinterpret_cast<__m128i*>(under[channel]), channel_lanes(below, 10 - 5 * channel));
-        _mm_store_si128(reinterpret_cast<__m128i*>(over[channel]), channel_lanes(colours, 10 - 5 * channel));
-    }
-    const uint8_t* dim_row = setup->blend_dim_row;
-    const uint8_t* lum_row = setup->blend_lum_row;
-    auto mixed = [&](int32_t k) {
-        uint32_t red = dim_row[under[0][k]] + lum_row[over[0][k]];
-        uint32_t green = dim_row[under[1][k]] + lum_row[over[1][k]];
-        uint32_t blue = dim_row[under[2][k]] + lum_row[over[2][k]];
-        return static_cast<int32_t>(PIXEL_OPAQUE | red << 10 | green << 5 | blue);
-    };
-    return _mm_setr_epi32(mixed(0), mixed(1), mixed(2), mixed(3));
-}
-
-// Pixels in 32-bit lanes down to 16 bits: each sign-extended from its low half first, so the
-// saturating pack keeps its bits.
-PIXEL_INLINE __m128i to_16_bits(__m128i pixels)
-{
-    return _mm_packs_epi32(_mm_srai_epi32(_mm_slli_epi32(pixels, 16), 16), _mm_setzero_si128());
-}
-
+// A span of fewer than four pixels, one by one.
 template <bool filtered, bool dithered, bool translucent>
-void fill_span_sse2(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
+void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
-    size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
-    uint16_t* colour = color_buffer + row;
-    float* depth = depth_buffer + row;
-    const __m128 one = _mm_set1_ps(1.0f);
-    const texture_lanes tex = texture_lanes_of(&setup->tex);
-    span_lanes lanes = start_lanes(y, at, step);
-    for (; x + 4 <= end; x += 4) {
-        __m128 inv_w, u_w, v_w, l_w;
-        step_four_pixels(&lanes, &inv_w, &u_w, &v_w, &l_w);
-        __m128i passing = depth_passing(depth, x, inv_w);
-        if (!lane_bits(passing))
-            continue;
-        __m128 w = _mm_div_ps(one, inv_w);
-        __m128 u = _mm_mul_ps(u_w, w);
-        __m128 v = _mm_mul_ps(v_w, w);
-        __m128i drawn, texels;
-        if (filtered) {
-            texels = sample_four_filtered(&tex, u, v, passing, &drawn);
-        } else {
-            texels = fetch_four_nearest(&tex, u, v);
-            drawn = _mm_and_si128(passing, opaque_lanes(texels));
-        }
-        if (!lane_bits(drawn))
-            continue;
-        __m128i shaded =
-            shade_four_texels(setup, texels, light_levels<dithered>(_mm_mul_ps(l_w, w), &lanes, x), drawn);
-        __m128i drawn_16 = _mm_packs_epi32(drawn, drawn);
-        __m128i below = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(colour + x));
-        __m128i pixels = translucent ? to_16_bits(blend_four_pixels(setup, _mm_unpacklo_epi16(below, _mm_setzero_si128()),
-                                                                    shaded))
-                                     : to_16_bits(shaded);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(colour + x),
-                         _mm_or_si128(_mm_and_si128(drawn_16, pixels), _mm_andnot_si128(drawn_16, below)));
-        if (!translucent) {
-            __m128 drawn_lanes = _mm_castsi128_ps(drawn);
-            _mm_storeu_ps(depth + x, _mm_or_ps(_mm_and_ps(drawn_lanes, inv_w),
-                                               _mm_andnot_ps(drawn_lanes, _mm_loadu_ps(depth + x))));
-        }
-    }
-    // The fewer than four pixels left, one by one from where the lanes stopped.
-    if (x < end)
-        fill_span<filtered, dithered, translucent>(setup, y, x, end, lanes.quantities, lanes.steps);
+    fill_span<filtered, dithered, translucent>(setup, y, x, end, at, step);
 }
+
+#include "render/span_lanes.inc"
+
+} // namespace sse2_lanes
+
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
+#pragma GCC push_options
+#pragma GCC target("avx2")
+#endif
+namespace avx2_lanes {
+
+constexpr int32_t LANES = 8;
+using floats = __m256;
+typedef int32_t ints __attribute__((vector_size(32)));
+
+PIXEL_INLINE floats splat(float value)
+{
+    return _mm256_set1_ps(value);
+}
+PIXEL_INLINE ints splat(int32_t value)
+{
+    return reinterpret_cast<ints>(_mm256_set1_epi32(value));
+}
+PIXEL_INLINE ints truncate(floats value)
+{
+    return reinterpret_cast<ints>(_mm256_cvttps_epi32(value));
+}
+PIXEL_INLINE floats to_floats(ints value)
+{
+    return _mm256_cvtepi32_ps(reinterpret_cast<__m256i>(value));
+}
+PIXEL_INLINE int lane_bits(ints mask)
+{
+    return _mm256_movemask_ps(reinterpret_cast<__m256>(mask));
+}
+PIXEL_INLINE floats load_floats(const float* from)
+{
+    return _mm256_loadu_ps(from);
+}
+PIXEL_INLINE void store_floats(float* to, floats value)
+{
+    _mm256_storeu_ps(to, value);
+}
+PIXEL_INLINE ints load_pixels(const uint16_t* from)
+{
+    return reinterpret_cast<ints>(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))));
+}
+PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
+{
+    __m256i widened = reinterpret_cast<__m256i>((pixels << 16) >> 16);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
+                     _mm_packs_epi32(_mm256_castsi256_si128(widened), _mm256_extracti128_si256(widened, 1)));
+}
+// Each entry is read as the four bytes from its own: the tables and the textures end in a spare
+// entry, so the last one's read stays inside.
+PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
+{
+    __m256i words = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index), 2);
+    return reinterpret_cast<ints>(words) & splat(0xFFFF);
+}
+// The rows of bytes these read are followed by more rows of the same block of tables.
+PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
+{
+    __m256i words = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index), 1);
+    return reinterpret_cast<ints>(words) & splat(0xFF);
+}
+// Gathers are slow next to arithmetic, so AVX2 works the dimming out: c * (63 - level) / 63 in
+// whole numbers, the division a multiplication by 2081 and a shift by 17, exact for every product
+// up to 31 * 63 (the look-ups in colour_tables.dimming give the same). Both factors fit in 16
+// bits, so one multiply-and-add of 16-bit halves multiplies each lane.
+PIXEL_INLINE ints dimmed(ints channel, __m256i undimmed_part)
+{
+    __m256i product = _mm256_madd_epi16(reinterpret_cast<__m256i>(channel), undimmed_part);
+    return reinterpret_cast<ints>(_mm256_srli_epi32(_mm256_madd_epi16(product, _mm256_set1_epi32(2081)), 17));
+}
+// A temperature row of 32 entries looked up in registers: the byte shuffle looks up 16 at a time,
+// in each half of the row, and bit 4 of the index (moved to the top of its byte) chooses the half.
+PIXEL_INLINE ints tinted(const uint8_t* row, ints channel)
+{
+    __m256i low = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(row)));
+    __m256i high = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(row + 16)));
+    __m256i index = reinterpret_cast<__m256i>(channel);
+    __m256i entry = _mm256_blendv_epi8(_mm256_shuffle_epi8(low, index), _mm256_shuffle_epi8(high, index),
+                                       _mm256_slli_epi32(index, 3));
+    return reinterpret_cast<ints>(entry) & splat(0xFF);
+}
+PIXEL_INLINE ints light_texels(const span_setup* setup, ints red, ints green, ints blue, ints levels)
+{
+    __m256i undimmed_part = reinterpret_cast<__m256i>(splat(LIGHT_LEVEL_MAX) - levels);
+    return splat(PIXEL_OPAQUE) | (tinted(setup->red_row, dimmed(red, undimmed_part)) << 10) |
+           (dimmed(green, undimmed_part) << 5) | tinted(setup->blue_row, dimmed(blue, undimmed_part));
+}
+// The next eight pixels' quantities: two fours, each turned as SSE2's are, side by side.
+PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, floats* u_w, floats* v_w, floats* l_w)
+{
+    sse2_lanes::floats low[4], high[4];
+    sse2_lanes::step_pixels(quantities, steps, &low[0], &low[1], &low[2], &low[3]);
+    sse2_lanes::step_pixels(quantities, steps, &high[0], &high[1], &high[2], &high[3]);
+    *inv_w = _mm256_set_m128(high[0], low[0]);
+    *u_w = _mm256_set_m128(high[1], low[1]);
+    *v_w = _mm256_set_m128(high[2], low[2]);
+    *l_w = _mm256_set_m128(high[3], low[3]);
+}
+// A span of fewer than eight pixels: in lanes of four when it has that many, else one by one.
+template <bool filtered, bool dithered, bool translucent>
+void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
+{
+    sse2_lanes::fill_span_lanes<filtered, dithered, translucent>(setup, y, x, end, at, step);
+}
+
+#include "render/span_lanes.inc"
+
+} // namespace avx2_lanes
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
+#pragma GCC pop_options
+#endif
 
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, __m128, __m128);
 
-// [vectorised][filtered][dithered][translucent]
-const span_fill span_fills[2][2][2][2] = {
+// [one, four or eight pixels at a time][filtered][dithered][translucent]
+const span_fill span_fills[3][2][2][2] = {
     {{{fill_span<false, false, false>, fill_span<false, false, true>},
       {fill_span<false, true, false>, fill_span<false, true, true>}},
      {{fill_span<true, false, false>, fill_span<true, false, true>},
       {fill_span<true, true, false>, fill_span<true, true, true>}}},
-    {{{fill_span_sse2<false, false, false>, fill_span_sse2<false, false, true>},
-      {fill_span_sse2<false, true, false>, fill_span_sse2<false, true, true>}},
-     {{fill_span_sse2<true, false, false>, fill_span_sse2<true, false, true>},
-      {fill_span_sse2<true, true, false>, fill_span_sse2<true, true, true>}}},
+    {{{sse2_lanes::fill_span_lanes<false, false, false>, sse2_lanes::fill_span_lanes<false, false, true>},
+      {sse2_lanes::fill_span_lanes<false, true, false>, sse2_lanes::fill_span_lanes<false, true, true>}},
+     {{sse2_lanes::fill_span_lanes<true, false, false>, sse2_lanes::fill_span_lanes<true, false, true>},
+      {sse2_lanes::fill_span_lanes<true, true, false>, sse2_lanes::fill_span_lanes<true, true, true>}}},
+    {{{avx2_lanes::fill_span_lanes<false, false, false>, avx2_lanes::fill_span_lanes<false, false, true>},
+      {avx2_lanes::fill_span_lanes<false, true, false>, avx2_lanes::fill_span_lanes<false, true, true>}},
+     {{avx2_lanes::fill_span_lanes<true, false, false>, avx2_lanes::fill_span_lanes<true, false, true>},
+      {avx2_lanes::fill_span_lanes<true, true, false>, avx2_lanes::fill_span_lanes<true, true, true>}}},
 };
 
 span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
@@ -387,10 +315,10 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
     setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
     // A tint past the tables' rows has no folded tables: the plain loops read it as they always did.
-    int vectorised = span_loops_vectorised != 0 && tint < COLOUR_TABLE_ROWS;
-    setup.lit_red = vectorised ? lit_channels.red[tint] : nullptr;
-    setup.lit_blue = vectorised ? lit_channels.blue[tint] : nullptr;
-    setup.fill = span_fills[vectorised][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    int width = tint >= COLOUR_TABLE_ROWS ? 0 : span_loop_lanes == 8 ? 2 : span_loop_lanes == 4 ? 1 : 0;
+    setup.lit_red = width ? lit_channels.red[tint] : nullptr;
+    setup.lit_blue = width ? lit_channels.blue[tint] : nullptr;
+    setup.fill = span_fills[width][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
     return setup;
 }
 

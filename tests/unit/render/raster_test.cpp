@@ -255,7 +255,7 @@ TEST(draw_triangle, lit_neutral_quad_reproduces_its_texture_pixel_for_pixel)
     screen_vertex d = {0.0f, 8.0f, 1.0f, 0.0f, 1.0f, 0.0f};
     draw_triangle(&pattern.record, NEUTRAL_TINT, 0, &a, &b, &c);
     draw_triangle(&pattern.record, NEUTRAL_TINT, 0, &a, &c, &d);
-    EXPECT_EQ(frame.colour, pattern.texels);
+    EXPECT_EQ(frame.colour, std::vector<uint16_t>(pattern.texels.begin(), pattern.texels.end() - 1)); // not the spare
 }
 
 TEST(draw_triangle, texture_coordinates_are_perspective_correct)

@@ -16,7 +16,7 @@ const int32_t HEIGHT = 41;
 
 // Triangles from a seed, with corners well past the frame, depths from very near to far, texture
 // coordinates of either sign and shades a little outside 0 ... 1, over a textured, partly
-// transparent texture; drawn with the vectorised or the plain span loops.
+// transparent texture; drawn with the span loops that take `lanes` pixels at a time.
 struct span_frame {
     std::vector<uint16_t> colour;
     std::vector<float> depth;
@@ -27,7 +27,7 @@ struct pipeline_switches {
     int32_t translucent; // 1: every triangle blends at a level of 1 ... 63
 };
 
-span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switches switches)
+span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches switches)
 {
     test_frame frame(WIDTH, HEIGHT, 0x8421); // switches the pipeline's choices off, and back when it goes
     TEXTURE_INTERPOLATION = switches.filtered;
@@ -41,7 +41,7 @@ span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switche
     // Some depths already in the frame, so that the test passes and fails within one span.
     for (float& d : frame.depth)
         d = random() % 3 == 0 ? between(0.0f, 2.0f) : 0.0f;
-    span_loops_vectorised = vectorised;
+    span_loop_lanes = lanes;
     for (int32_t i = 0; i < 300; ++i) {
         screen_vertex corner[3];
         for (screen_vertex& c : corner)
@@ -51,22 +51,25 @@ span_frame draw_random_triangles(uint32_t seed, int vectorised, pipeline_switche
         uint8_t blend = switches.translucent ? static_cast<uint8_t>(1 + random() % 63) : 0;
         draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
     }
-    span_loops_vectorised = 1;
+    span_loop_lanes = widest_span_loop_lanes();
     return {frame.colour, frame.depth};
 }
 
+// Both vector widths (eight only where the processor runs it) against the plain loops.
 void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
 {
-    for (uint32_t seed = 1; seed <= 20; ++seed) {
-        span_frame plain = draw_random_triangles(seed, 0, switches);
-        span_frame vectorised = draw_random_triangles(seed, 1, switches);
-        int32_t colours_differ = 0, depths_differ = 0;
-        for (size_t i = 0; i < plain.colour.size(); ++i) {
-            colours_differ += plain.colour[i] != vectorised.colour[i];
-            depths_differ += memcmp(&plain.depth[i], &vectorised.depth[i], sizeof(float)) != 0;
+    for (int lanes = 4; lanes <= widest_span_loop_lanes(); lanes *= 2) {
+        for (uint32_t seed = 1; seed <= 20; ++seed) {
+            span_frame plain = draw_random_triangles(seed, 1, switches);
+            span_frame vectorised = draw_random_triangles(seed, lanes, switches);
+            int32_t colours_differ = 0, depths_differ = 0;
+            for (size_t i = 0; i < plain.colour.size(); ++i) {
+                colours_differ += plain.colour[i] != vectorised.colour[i];
+                depths_differ += memcmp(&plain.depth[i], &vectorised.depth[i], sizeof(float)) != 0;
+            }
+            EXPECT_EQ(colours_differ, 0) << lanes << " lanes, seed " << seed;
+            EXPECT_EQ(depths_differ, 0) << lanes << " lanes, seed " << seed;
         }
-        EXPECT_EQ(colours_differ, 0) << "seed " << seed;
-        EXPECT_EQ(depths_differ, 0) << "seed " << seed;
     }
 }
 

@@ -46,7 +46,7 @@ std::vector<bool> test_frame::mask() const
 }
 
 test_texture::test_texture(int32_t width, int32_t height, uint16_t fill)
-    : texels(static_cast<size_t>(width * height), fill)
+    : texels(static_cast<size_t>(width * height) + 1, fill) // and the spare texel every texture has
 {
     int32_t shift = 0;
     while ((1 << shift) < width)
