@@ -8,7 +8,6 @@
 #include "render/bands.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
-#include "render/pixel_pipeline.h"
 
 int32_t sky_textures[SKY_FACES];
 const char* const sky_texture_names[SKY_FACES] = {"sky_night01.png", "sky_night02.png", "sky_night03.png",
@@ -38,7 +37,7 @@ inline __m128 select_lanes(__m128 mask, __m128 when_set, __m128 when_clear)
 // For four world directions: the face each meets (0 ... 5) and where, a down the image and b
 // across. Ties between components go to x, then y. Negations and absolute values only flip or
 // clear the sign bit and each lane divides once, so every lane is what one direction alone gives.
-void sky_faces(__m128 dx, __m128 dy, __m128 dz, int32_t faces[4], float a[4], float b[4])
+void sky_faces(__m128 dx, __m128 dy, __m128 dz, __m128i* faces, __m128* a, __m128* b)
 {
     const __m128 sign = _mm_set1_ps(-0.0f);
     const __m128 zero = _mm_setzero_ps();
@@ -55,19 +54,40 @@ void sky_faces(__m128 dx, __m128 dy, __m128 dz, int32_t faces[4], float a[4], fl
     __m128 length = select_lanes(on_x, ax, select_lanes(on_y, ay, az));
     __m128 a_part = select_lanes(on_y, a_on_y, dy);
     __m128 b_part = select_lanes(on_x, b_on_x, select_lanes(on_y, dx, b_on_z));
-    _mm_storeu_ps(a, _mm_div_ps(a_part, length));
-    _mm_storeu_ps(b, _mm_div_ps(b_part, length));
-    int x_lanes = _mm_movemask_ps(on_x), y_lanes = _mm_movemask_ps(on_y);
-    int positive_x = _mm_movemask_ps(x_positive), positive_y = _mm_movemask_ps(y_positive);
-    int positive_z = _mm_movemask_ps(z_positive);
+    *a = _mm_div_ps(a_part, length);
+    *b = _mm_div_ps(b_part, length);
+    // Faces 0 and 1 are +x and -x, 2 and 3 +y and -y, 4 and 5 +z and -z: the axis's pair, plus
+    // one when the direction is not positive along it (a true comparison is -1).
+    __m128i pair = _mm_castps_si128(select_lanes(
+        on_x, zero, select_lanes(on_y, _mm_castsi128_ps(_mm_set1_epi32(2)), _mm_castsi128_ps(_mm_set1_epi32(4)))));
+    __m128 positive = select_lanes(on_x, x_positive, select_lanes(on_y, y_positive, z_positive));
+    *faces = _mm_add_epi32(_mm_add_epi32(pair, _mm_set1_epi32(1)), _mm_castps_si128(positive));
+}
+
+// The six faces' sizes side by side, so that four pixels on any faces find their texels at once.
+struct sky_face_set {
+    const uint16_t* texels[SKY_FACES];
+    float width_f[SKY_FACES], height_f[SKY_FACES];
+    int32_t width_mask[SKY_FACES], height_mask[SKY_FACES], row_shift[SKY_FACES];
+};
+
+// The nearest texels at (u, v) of four faces, as fetch_nearest finds each.
+void fetch_face_texels(const sky_face_set* set, const int32_t face[4], __m128 u, __m128 v, uint16_t* to)
+{
+    const __m128 zero = _mm_setzero_ps();
+    __m128 width_f = _mm_setr_ps(set->width_f[face[0]], set->width_f[face[1]], set->width_f[face[2]],
+                                 set->width_f[face[3]]);
+    __m128 height_f = _mm_setr_ps(set->height_f[face[0]], set->height_f[face[1]], set->height_f[face[2]],
+                                  set->height_f[face[3]]);
+    // A true comparison is all ones, -1: adding it is fetch_nearest's "- (u < 0)".
+    __m128i column = _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(u, width_f)), _mm_castps_si128(_mm_cmplt_ps(u, zero)));
+    __m128i row = _mm_add_epi32(_mm_cvttps_epi32(_mm_mul_ps(v, height_f)), _mm_castps_si128(_mm_cmplt_ps(v, zero)));
+    alignas(16) int32_t columns[4], rows[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(columns), column);
+    _mm_store_si128(reinterpret_cast<__m128i*>(rows), row);
     for (int32_t k = 0; k < 4; ++k) {
-        int bit = 1 << k;
-        if (x_lanes & bit)
-            faces[k] = (positive_x & bit) ? 0 : 1;
-        else if (y_lanes & bit)
-            faces[k] = (positive_y & bit) ? 2 : 3;
-        else
-            faces[k] = (positive_z & bit) ? 4 : 5;
+        int32_t f = face[k];
+        to[k] = set->texels[f][((rows[k] & set->height_mask[f]) << set->row_shift[f]) | (columns[k] & set->width_mask[f])];
     }
 }
 
@@ -81,11 +101,17 @@ void draw_sky()
 
 void draw_sky_rows(int32_t first_row, int32_t end_row)
 {
-    const texture* faces[SKY_FACES];
+    sky_face_set faces;
     for (int32_t k = 0; k < SKY_FACES; ++k) {
         if (!registry_in_use(&textures, sky_textures[k]))
             return;
-        faces[k] = registry_at<texture>(&textures, sky_textures[k]);
+        const texture* face = registry_at<texture>(&textures, sky_textures[k]);
+        faces.texels[k] = face->texels;
+        faces.width_f[k] = face->width_f;
+        faces.height_f[k] = face->height_f;
+        faces.width_mask[k] = face->width_mask;
+        faces.height_mask[k] = face->height_mask;
+        faces.row_shift[k] = face->row_shift;
     }
     float width = static_cast<float>(frame_width);
     float height = static_cast<float>(frame_height);
@@ -121,11 +147,14 @@ void draw_sky_rows(int32_t first_row, int32_t end_row)
                     int32_t x = 8 * column + 4 * half;
                     __m128 dx = _mm_add_ps(_mm_mul_ps(nx[half], _mm_set1_ps(yc)), _mm_mul_ps(f, _mm_set1_ps(ys)));
                     __m128 dz = _mm_sub_ps(_mm_mul_ps(nx[half], _mm_set1_ps(ys)), _mm_mul_ps(f, _mm_set1_ps(yc)));
-                    int32_t face[4];
-                    float a[4], b[4];
-                    sky_faces(dx, dy, dz, face, a, b);
-                    for (int32_t k = 0; k < 4; ++k)
-                        pixels[x + k] = fetch_nearest(faces[face[k]], (b[k] + 1.0f) * 0.5f, (a[k] + 1.0f) * 0.5f);
+                    __m128i face_lanes;
+                    __m128 a, b;
+                    sky_faces(dx, dy, dz, &face_lanes, &a, &b);
+                    alignas(16) int32_t face[4];
+                    _mm_store_si128(reinterpret_cast<__m128i*>(face), face_lanes);
+                    const __m128 one = _mm_set1_ps(1.0f), one_half = _mm_set1_ps(0.5f);
+                    fetch_face_texels(&faces, face, _mm_mul_ps(_mm_add_ps(b, one), one_half),
+                                      _mm_mul_ps(_mm_add_ps(a, one), one_half), pixels + x);
                 }
             }
         }

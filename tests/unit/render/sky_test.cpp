@@ -200,12 +200,14 @@ static uint16_t plain_sky_pixel(int32_t x, int32_t y, const texture* const faces
 TEST_F(sky_test, sky_matches_the_plain_per_pixel_rule_in_every_direction)
 {
     const texture* faces[SKY_FACES];
+    // Faces of different sizes, so that pixels side by side on two faces wrap each by its own.
+    const int32_t sizes[SKY_FACES][2] = {{16, 8}, {8, 16}, {32, 4}, {4, 4}, {16, 16}, {2, 8}};
     uint32_t state = 1;
     for (int32_t k = 0; k < SKY_FACES; ++k) {
         texture* t = registry_at<texture>(&textures, sky_textures[k]);
-        platform_heap_free(t->texels); // the one-colour texel, made anew as 16 x 8 patterned ones
-        ASSERT_EQ(texture_create(t, 16, 8), 1);
-        for (int32_t i = 0; i < 16 * 8; ++i) {
+        platform_heap_free(t->texels); // the one-colour texel, made anew as patterned ones
+        ASSERT_EQ(texture_create(t, sizes[k][0], sizes[k][1]), 1);
+        for (int32_t i = 0; i < sizes[k][0] * sizes[k][1]; ++i) {
             state = state * 1103515245u + 12345u;
             t->texels[i] = static_cast<uint16_t>(0x8000 | (state >> 17));
         }
