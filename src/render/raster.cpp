@@ -9,14 +9,15 @@
 #include "render/bands.h"
 #include "render/frame.h"
 #include "render/pixel_pipeline.h"
+#include "render/vector_lanes.h"
 
-int widest_span_loop_lanes()
+int widest_pixel_loop_lanes()
 {
     __builtin_cpu_init(); // may run before the run-time library has looked at the processor
     return __builtin_cpu_supports("avx2") ? 8 : 4;
 }
 
-int span_loop_lanes = widest_span_loop_lanes();
+int pixel_loop_lanes = widest_pixel_loop_lanes();
 
 namespace {
 
@@ -81,68 +82,10 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
 
 // The vector span loops, once for SSE2 (every x86-64 processor) and once for AVX2 (most since
 // 2013, chosen at start-up), from one body; each set gives the few operations that differ.
-namespace sse2_lanes {
+namespace sse2_spans {
 
-constexpr int32_t LANES = 4;
-using floats = __m128;
-typedef int32_t ints __attribute__((vector_size(16)));
+using namespace sse2_lanes;
 
-PIXEL_INLINE floats splat(float value)
-{
-    return _mm_set1_ps(value);
-}
-PIXEL_INLINE ints splat(int32_t value)
-{
-    return reinterpret_cast<ints>(_mm_set1_epi32(value));
-}
-// Towards zero; a value outside the 32-bit range becomes 0x80000000, as in the plain loop.
-PIXEL_INLINE ints truncate(floats value)
-{
-    return reinterpret_cast<ints>(_mm_cvttps_epi32(value));
-}
-PIXEL_INLINE floats to_floats(ints value)
-{
-    return _mm_cvtepi32_ps(reinterpret_cast<__m128i>(value));
-}
-// The lanes whose mask is all ones, as bits.
-PIXEL_INLINE int lane_bits(ints mask)
-{
-    return _mm_movemask_ps(reinterpret_cast<__m128>(mask));
-}
-PIXEL_INLINE floats load_floats(const float* from)
-{
-    return _mm_loadu_ps(from);
-}
-PIXEL_INLINE void store_floats(float* to, floats value)
-{
-    _mm_storeu_ps(to, value);
-}
-PIXEL_INLINE ints load_pixels(const uint16_t* from)
-{
-    __m128i pixels = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
-    return reinterpret_cast<ints>(_mm_unpacklo_epi16(pixels, _mm_setzero_si128()));
-}
-// The low 16 bits of each lane, each sign-extended from there first so that the saturating pack
-// keeps its bits.
-PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
-{
-    __m128i widened = reinterpret_cast<__m128i>((pixels << 16) >> 16);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(widened, widened));
-}
-// SSE2 has no gather: the indices go through memory and the entries come back through registers
-// (four stores read back as one vector would stall).
-PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
-{
-    alignas(16) int32_t at[4];
-    memcpy(at, &index, sizeof at);
-    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
-}
-PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
-{
-    alignas(16) int32_t at[4];
-    memcpy(at, &index, sizeof at);
-    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
-}
 // Texel channels of 0 ... 31 lit at levels of 0 ... 63 and tinted: three look-ups in the folded
 // tables, one for each channel.
 PIXEL_INLINE ints light_texels(const span_setup* setup, ints red, ints green, ints blue, ints levels)
@@ -170,71 +113,13 @@ void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
 
 #include "render/span_lanes.inc"
 
-} // namespace sse2_lanes
+} // namespace sse2_spans
 
-#if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
-#else
-#pragma GCC push_options
-#pragma GCC target("avx2")
-#endif
-namespace avx2_lanes {
+AVX2_FUNCTIONS_BEGIN
+namespace avx2_spans {
 
-constexpr int32_t LANES = 8;
-using floats = __m256;
-typedef int32_t ints __attribute__((vector_size(32)));
+using namespace avx2_lanes;
 
-PIXEL_INLINE floats splat(float value)
-{
-    return _mm256_set1_ps(value);
-}
-PIXEL_INLINE ints splat(int32_t value)
-{
-    return reinterpret_cast<ints>(_mm256_set1_epi32(value));
-}
-PIXEL_INLINE ints truncate(floats value)
-{
-    return reinterpret_cast<ints>(_mm256_cvttps_epi32(value));
-}
-PIXEL_INLINE floats to_floats(ints value)
-{
-    return _mm256_cvtepi32_ps(reinterpret_cast<__m256i>(value));
-}
-PIXEL_INLINE int lane_bits(ints mask)
-{
-    return _mm256_movemask_ps(reinterpret_cast<__m256>(mask));
-}
-PIXEL_INLINE floats load_floats(const float* from)
-{
-    return _mm256_loadu_ps(from);
-}
-PIXEL_INLINE void store_floats(float* to, floats value)
-{
-    _mm256_storeu_ps(to, value);
-}
-PIXEL_INLINE ints load_pixels(const uint16_t* from)
-{
-    return reinterpret_cast<ints>(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))));
-}
-PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
-{
-    __m256i widened = reinterpret_cast<__m256i>((pixels << 16) >> 16);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
-                     _mm_packs_epi32(_mm256_castsi256_si128(widened), _mm256_extracti128_si256(widened, 1)));
-}
-// Each entry is read as the four bytes from its own: the tables and the textures end in a spare
-// entry, so the last one's read stays inside.
-PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
-{
-    __m256i words = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index), 2);
-    return reinterpret_cast<ints>(words) & splat(0xFFFF);
-}
-// The rows of bytes these read are followed by more rows of the same block of tables.
-PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
-{
-    __m256i words = _mm256_i32gather_epi32(reinterpret_cast<const int*>(table), reinterpret_cast<__m256i>(index), 1);
-    return reinterpret_cast<ints>(words) & splat(0xFF);
-}
 // Gathers are slow next to arithmetic, so AVX2 works the dimming out: c * (63 - level) / 63 in
 // whole numbers, the division a multiplication by 2081 and a shift by 17, exact for every product
 // up to 31 * 63 (the look-ups in colour_tables.dimming give the same). Both factors fit in 16
@@ -265,8 +150,8 @@ PIXEL_INLINE ints light_texels(const span_setup* setup, ints red, ints green, in
 PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, floats* u_w, floats* v_w, floats* l_w)
 {
     sse2_lanes::floats low[4], high[4];
-    sse2_lanes::step_pixels(quantities, steps, &low[0], &low[1], &low[2], &low[3]);
-    sse2_lanes::step_pixels(quantities, steps, &high[0], &high[1], &high[2], &high[3]);
+    sse2_spans::step_pixels(quantities, steps, &low[0], &low[1], &low[2], &low[3]);
+    sse2_spans::step_pixels(quantities, steps, &high[0], &high[1], &high[2], &high[3]);
     *inv_w = _mm256_set_m128(high[0], low[0]);
     *u_w = _mm256_set_m128(high[1], low[1]);
     *v_w = _mm256_set_m128(high[2], low[2]);
@@ -276,17 +161,13 @@ PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, f
 template <bool filtered, bool dithered, bool translucent>
 void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
-    sse2_lanes::fill_span_lanes<filtered, dithered, translucent>(setup, y, x, end, at, step);
+    sse2_spans::fill_span_lanes<filtered, dithered, translucent>(setup, y, x, end, at, step);
 }
 
 #include "render/span_lanes.inc"
 
-} // namespace avx2_lanes
-#if defined(__clang__)
-#pragma clang attribute pop
-#else
-#pragma GCC pop_options
-#endif
+} // namespace avx2_spans
+AVX2_FUNCTIONS_END
 
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, __m128, __m128);
 
@@ -296,14 +177,14 @@ const span_fill span_fills[3][2][2][2] = {
       {fill_span<false, true, false>, fill_span<false, true, true>}},
      {{fill_span<true, false, false>, fill_span<true, false, true>},
       {fill_span<true, true, false>, fill_span<true, true, true>}}},
-    {{{sse2_lanes::fill_span_lanes<false, false, false>, sse2_lanes::fill_span_lanes<false, false, true>},
-      {sse2_lanes::fill_span_lanes<false, true, false>, sse2_lanes::fill_span_lanes<false, true, true>}},
-     {{sse2_lanes::fill_span_lanes<true, false, false>, sse2_lanes::fill_span_lanes<true, false, true>},
-      {sse2_lanes::fill_span_lanes<true, true, false>, sse2_lanes::fill_span_lanes<true, true, true>}}},
-    {{{avx2_lanes::fill_span_lanes<false, false, false>, avx2_lanes::fill_span_lanes<false, false, true>},
-      {avx2_lanes::fill_span_lanes<false, true, false>, avx2_lanes::fill_span_lanes<false, true, true>}},
-     {{avx2_lanes::fill_span_lanes<true, false, false>, avx2_lanes::fill_span_lanes<true, false, true>},
-      {avx2_lanes::fill_span_lanes<true, true, false>, avx2_lanes::fill_span_lanes<true, true, true>}}},
+    {{{sse2_spans::fill_span_lanes<false, false, false>, sse2_spans::fill_span_lanes<false, false, true>},
+      {sse2_spans::fill_span_lanes<false, true, false>, sse2_spans::fill_span_lanes<false, true, true>}},
+     {{sse2_spans::fill_span_lanes<true, false, false>, sse2_spans::fill_span_lanes<true, false, true>},
+      {sse2_spans::fill_span_lanes<true, true, false>, sse2_spans::fill_span_lanes<true, true, true>}}},
+    {{{avx2_spans::fill_span_lanes<false, false, false>, avx2_spans::fill_span_lanes<false, false, true>},
+      {avx2_spans::fill_span_lanes<false, true, false>, avx2_spans::fill_span_lanes<false, true, true>}},
+     {{avx2_spans::fill_span_lanes<true, false, false>, avx2_spans::fill_span_lanes<true, false, true>},
+      {avx2_spans::fill_span_lanes<true, true, false>, avx2_spans::fill_span_lanes<true, true, true>}}},
 };
 
 span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
@@ -315,7 +196,7 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     setup.blend_dim_row = colour_table_row(colour_tables.dimming, blend);
     setup.blend_lum_row = colour_table_row(colour_tables.luminance, blend);
     // A tint past the tables' rows has no folded tables: the plain loops read it as they always did.
-    int width = tint >= COLOUR_TABLE_ROWS ? 0 : span_loop_lanes == 8 ? 2 : span_loop_lanes == 4 ? 1 : 0;
+    int width = tint >= COLOUR_TABLE_ROWS ? 0 : pixel_loop_lanes == 8 ? 2 : pixel_loop_lanes == 4 ? 1 : 0;
     setup.lit_red = width ? lit_channels.red[tint] : nullptr;
     setup.lit_blue = width ? lit_channels.blue[tint] : nullptr;
     setup.fill = span_fills[width][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];

@@ -34,10 +34,11 @@ struct span_edge {
 
 enum { CLIP_CAPACITY = 4 };
 
-// How many pixels the span loops take at a time: 8 (AVX2), 4 (SSE2) or 1 (the plain loops). All
-// give the same pixels to the bit; tests compare them. Starts at the widest the processor runs.
-extern int span_loop_lanes;
-int widest_span_loop_lanes();
+// How many pixels the span loops and the sky take at a time: 8 (AVX2), 4 (SSE2) or 1 (the plain
+// span loops; the sky takes 4). All give the same pixels to the bit; tests compare them. Starts at
+// the widest the processor runs.
+extern int pixel_loop_lanes;
+int widest_pixel_loop_lanes();
 
 // Fills a triangle of either winding (back faces are the caller's business). tint is a row of the
 // temperature tables (0 ... 63); blend 0 draws opaque, else the translucency level (the new

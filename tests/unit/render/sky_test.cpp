@@ -8,6 +8,7 @@
 #include "platform/platform.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
+#include "render/raster.h"
 #include "render/sky.h"
 #include "render/world_pass.h"
 #include "support/render_world.h"
@@ -213,17 +214,22 @@ TEST_F(sky_test, sky_matches_the_plain_per_pixel_rule_in_every_direction)
         }
         faces[k] = t;
     }
-    for (int32_t turn = 0; turn < 40; ++turn) {
-        // Yaws and pitches all round, straight up and down among them.
-        float yaw = static_cast<float>(turn) * 0.41f - 8.0f;
-        float pitch = turn % 10 == 0 ? QUARTER_TURN : turn % 10 == 5 ? -QUARTER_TURN
-                                                                     : static_cast<float>(turn % 7) * 0.45f - 1.4f;
-        set_camera({0, 0, 0}, yaw, pitch);
-        draw_sky();
-        int32_t differ = 0;
-        for (int32_t y = 0; y < 64; ++y)
-            for (int32_t x = 0; x < 64; ++x)
-                differ += frame->pixel(x, y) != plain_sky_pixel(x, y, faces);
-        EXPECT_EQ(differ, 0) << "yaw " << yaw << ", pitch " << pitch;
+    // Four and eight lanes at a time (eight only where the processor runs it).
+    for (int lanes = 4; lanes <= widest_pixel_loop_lanes(); lanes *= 2) {
+        pixel_loop_lanes = lanes;
+        for (int32_t turn = 0; turn < 40; ++turn) {
+            // Yaws and pitches all round, straight up and down among them.
+            float yaw = static_cast<float>(turn) * 0.41f - 8.0f;
+            float pitch = turn % 10 == 0 ? QUARTER_TURN : turn % 10 == 5 ? -QUARTER_TURN
+                                                                         : static_cast<float>(turn % 7) * 0.45f - 1.4f;
+            set_camera({0, 0, 0}, yaw, pitch);
+            draw_sky();
+            int32_t differ = 0;
+            for (int32_t y = 0; y < 64; ++y)
+                for (int32_t x = 0; x < 64; ++x)
+                    differ += frame->pixel(x, y) != plain_sky_pixel(x, y, faces);
+            EXPECT_EQ(differ, 0) << lanes << " lanes, yaw " << yaw << ", pitch " << pitch;
+        }
     }
+    pixel_loop_lanes = widest_pixel_loop_lanes();
 }

@@ -41,7 +41,7 @@ span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches swi
     // Some depths already in the frame, so that the test passes and fails within one span.
     for (float& d : frame.depth)
         d = random() % 3 == 0 ? between(0.0f, 2.0f) : 0.0f;
-    span_loop_lanes = lanes;
+    pixel_loop_lanes = lanes;
     for (int32_t i = 0; i < 300; ++i) {
         screen_vertex corner[3];
         for (screen_vertex& c : corner)
@@ -51,14 +51,14 @@ span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches swi
         uint8_t blend = switches.translucent ? static_cast<uint8_t>(1 + random() % 63) : 0;
         draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
     }
-    span_loop_lanes = widest_span_loop_lanes();
+    pixel_loop_lanes = widest_pixel_loop_lanes();
     return {frame.colour, frame.depth};
 }
 
 // Both vector widths (eight only where the processor runs it) against the plain loops.
 void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
 {
-    for (int lanes = 4; lanes <= widest_span_loop_lanes(); lanes *= 2) {
+    for (int lanes = 4; lanes <= widest_pixel_loop_lanes(); lanes *= 2) {
         for (uint32_t seed = 1; seed <= 20; ++seed) {
             span_frame plain = draw_random_triangles(seed, 1, switches);
             span_frame vectorised = draw_random_triangles(seed, lanes, switches);
