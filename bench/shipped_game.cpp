@@ -96,5 +96,6 @@ int use_frame_size(int32_t width, int32_t height)
     frame_height = height;
     color_buffer = pixels.data();
     platform_heap_free(depth_buffer);
+    platform_heap_free(depth_ranks);
     return depth_buffer_create() && occlusion_buffers_create();
 }

@@ -21,6 +21,7 @@
 #include "render/debug_draw.h"
 #include "render/frame.h"
 #include "render/occlusion.h"
+#include "render/raster.h"
 #include "render/sky.h"
 #include "render/visibility.h"
 #include "render/world_pass.h"
@@ -219,6 +220,33 @@ static const model* object_model(int32_t object_index)
     return registry_at<model>(&models, registry_at<object>(&objects, object_index)->model);
 }
 
+// The objects of the draw list that the occlusion buffer leaves visible, nearest first: what a
+// near surface hides then fails the depth test before it costs anything. Drawing_rank and the
+// deferred list's regrouping make the frame come out as drawing the list in its order makes it.
+// The debug views that draw lines while objects are drawn keep the list's order.
+static void draw_visible_objects()
+{
+    const int32_t* order = nullptr;
+    if (!debug_wireframe && !debug_show_colliders && draw_list_count <= UINT16_MAX)
+        order = draw_list_nearest_first();
+    if (order && !begin_deferring_by_place(draw_list_count))
+        order = nullptr;
+    for (int32_t k = 0; k < draw_list_count; ++k) {
+        int32_t place = order ? order[k] : k;
+        const draw_record* record = &draw_list[place];
+        if (box_occluded(&record->box))
+            continue;
+        if (order) {
+            drawing_rank = static_cast<uint16_t>(place + 1);
+            defer_for_place(place);
+        }
+        draw_scene_object(record->object, &record->place, record->area);
+    }
+    drawing_rank = 0;
+    if (order)
+        regroup_deferred_triangles();
+}
+
 // Visibility, the sky into every open block, the objects that are not hidden, then the
 // translucent triangles farthest first. With more than one thread, the sky and the objects are
 // recorded and then drawn in bands.
@@ -237,11 +265,7 @@ static void draw_world()
     begin_band_recording();
     draw_sky();
     end_pass(FRAME_PASS_SKY);
-    for (int32_t i = 0; i < draw_list_count; ++i) {
-        const draw_record* record = &draw_list[i];
-        if (!box_occluded(&record->box))
-            draw_scene_object(record->object, &record->place, record->area);
-    }
+    draw_visible_objects();
     end_pass(FRAME_PASS_OPAQUE);
     sort_deferred_triangles();
     draw_deferred_triangles();

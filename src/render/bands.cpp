@@ -19,6 +19,7 @@ struct band_command {
     int32_t first_row, end_row; // the rows the command can touch: bands outside them skip it
     const texture* tex;
     uint8_t tint, blend;
+    uint16_t rank;
     screen_vertex corners[3];
     int32_t x0, y0, x1, y1, radius; // lines: both ends; circles: the centre in x0, y0
     uint16_t colour;
@@ -64,7 +65,7 @@ void draw_command(const band_command* command, int32_t first_row, int32_t end_ro
         break;
     case BAND_TRIANGLE:
         draw_triangle_rows(command->tex, command->tint, command->blend, &command->corners[0], &command->corners[1],
-                           &command->corners[2], first_row, end_row);
+                           &command->corners[2], first_row, end_row, command->rank);
         break;
     case BAND_LINE:
         draw_line_rows(command->x0, command->y0, command->x1, command->y1, command->colour, first_row, end_row);
@@ -166,6 +167,7 @@ int record_triangle(const texture* tex, uint8_t tint, uint8_t blend, const scree
     command->tex = tex;
     command->tint = tint;
     command->blend = blend;
+    command->rank = drawing_rank;
     command->corners[0] = *a;
     command->corners[1] = *b;
     command->corners[2] = *c;

@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 
 float* depth_buffer;
+uint16_t* depth_ranks;
 
 float camera_position[3];
 float camera_yaw_cos = 1.0f;
@@ -26,7 +27,14 @@ static size_t frame_pixels()
 int depth_buffer_create()
 {
     depth_buffer = static_cast<float*>(platform_heap_alloc(frame_pixels() * sizeof(float)));
-    return depth_buffer != nullptr;
+    depth_ranks = static_cast<uint16_t*>(platform_heap_alloc(frame_pixels() * sizeof(uint16_t)));
+    if (depth_buffer && depth_ranks)
+        return 1;
+    platform_heap_free(depth_buffer);
+    platform_heap_free(depth_ranks);
+    depth_buffer = nullptr;
+    depth_ranks = nullptr;
+    return 0;
 }
 
 void depth_buffer_clear()

@@ -13,13 +13,18 @@
 // ---- Depth buffer: 1/z of the nearest surface per pixel, same layout as the colour buffer -----
 // 0 means nothing drawn; larger is nearer.
 extern float* depth_buffer;
+// For each pixel, the place of the object whose opaque triangle last drew it while objects are
+// drawn nearest first (raster.h, drawing_rank). Never cleared: it means something only where the
+// depth is not 0, which then such a triangle wrote this frame (the world pass starts with the
+// whole depth buffer at 0, the occlusion buffer's part cleared again after its reduction).
+extern uint16_t* depth_ranks;
 
 // What draw_line writes: a pixel that no triangle drawn later may cover (the largest finite float).
 constexpr float DEPTH_ON_TOP = 3.4028235e38f;
 
-// Start-up: frame_width x frame_height cells from the game heap; 0 when out of memory.
+// Start-up: frame_width x frame_height cells of both from the game heap; 0 when out of memory.
 int depth_buffer_create();
-// Start of every frame: every cell back to 0 (all bits zero).
+// Start of every frame: every depth back to 0 (all bits zero).
 void depth_buffer_clear();
 
 // ---- Camera -----------------------------------------------------------------------------------

@@ -18,6 +18,7 @@ int widest_pixel_loop_lanes()
 }
 
 int pixel_loop_lanes = widest_pixel_loop_lanes();
+uint16_t drawing_rank;
 
 namespace {
 
@@ -30,6 +31,7 @@ struct span_setup {
     const uint8_t* blend_lum_row;
     const uint16_t* lit_red; // the tint's folded tables, for the vector loops
     const uint16_t* lit_blue;
+    int32_t rank; // the drawing object's place in the draw list, from 1, for ranked spans
     // Pixels x ... end - 1 of row y; `at` holds 1/w, u/w, v/w and l/w of pixel x in its lanes and
     // `step` what they gain from one pixel to the next. Handed over in vector registers: a
     // structure passed through memory would be written in one shape and read in another, which
@@ -37,26 +39,38 @@ struct span_setup {
     void (*fill)(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step);
 };
 
-// The span loop, compiled once for every combination of fetch, dithering and translucency so
-// that no per-pixel branch asks what the whole span already knows. The depth test comes first and
-// draws only what is strictly nearer; the one division per pixel recovers w from 1/w.
-template <bool filtered, bool dithered, bool translucent>
+// What a span does with the depth buffer. An opaque span draws what is strictly nearer and keeps
+// its depth; a translucent one draws what is strictly nearer and leaves the depth alone. A ranked
+// span is opaque and belongs to objects drawn nearest first, out of their order in the draw list:
+// it also draws over a surface exactly as near (and drawn this frame: the depth is not 0) when its
+// object comes earlier in that order than the one that drew it, and notes its own place, so that
+// every pixel ends as drawing the list in its order leaves it (the nearest surface, and of equally
+// near ones the first).
+enum span_kind { SPAN_OPAQUE, SPAN_TRANSLUCENT, SPAN_RANKED, SPAN_KINDS };
+
+// The span loop, compiled once for every combination of fetch, dithering and kind so that no
+// per-pixel branch asks what the whole span already knows. The depth test comes first; the one
+// division per pixel recovers w from 1/w.
+template <bool filtered, bool dithered, int kind>
 void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
+    constexpr bool translucent = kind == SPAN_TRANSLUCENT, ranked = kind == SPAN_RANKED;
     size_t row = static_cast<size_t>(y) * static_cast<size_t>(frame_width);
     uint16_t* colour = color_buffer + row;
     float* depth = depth_buffer + row;
+    uint16_t* ranks = ranked ? depth_ranks + row : nullptr;
     const texture tex = setup->tex;
     const uint8_t* red_row = setup->red_row;
     const uint8_t* blue_row = setup->blue_row;
     const uint8_t* blend_dim_row = setup->blend_dim_row;
     const uint8_t* blend_lum_row = setup->blend_lum_row;
+    const int32_t rank = setup->rank;
     alignas(16) float start[4], steps[4];
     _mm_store_ps(start, at);
     _mm_store_ps(steps, step);
     float inv_w = start[0], u_w = start[1], v_w = start[2], l_w = start[3];
     for (; x < end; ++x) {
-        if (!(depth[x] >= inv_w)) {
+        if (!(depth[x] >= inv_w) || (ranked && depth[x] == inv_w && depth[x] != 0.0f && rank < ranks[x])) {
             float w = 1.0f / inv_w;
             float u = u_w * w;
             float v = v_w * w;
@@ -70,6 +84,8 @@ void fill_span(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
                 } else {
                     colour[x] = lit;
                     depth[x] = inv_w;
+                    if (ranked)
+                        ranks[x] = static_cast<uint16_t>(rank);
                 }
             }
         }
@@ -105,10 +121,10 @@ PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, f
     _MM_TRANSPOSE4_PS(*inv_w, *u_w, *v_w, *l_w);
 }
 // A span of fewer than four pixels, one by one.
-template <bool filtered, bool dithered, bool translucent>
+template <bool filtered, bool dithered, int kind>
 void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
-    fill_span<filtered, dithered, translucent>(setup, y, x, end, at, step);
+    fill_span<filtered, dithered, kind>(setup, y, x, end, at, step);
 }
 
 #include "render/span_lanes.inc"
@@ -158,10 +174,10 @@ PIXEL_INLINE void step_pixels(__m128* quantities, __m128 steps, floats* inv_w, f
     *l_w = _mm256_set_m128(high[3], low[3]);
 }
 // A span of fewer than eight pixels: in lanes of four when it has that many, else one by one.
-template <bool filtered, bool dithered, bool translucent>
+template <bool filtered, bool dithered, int kind>
 void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m128 at, __m128 step)
 {
-    sse2_spans::fill_span_lanes<filtered, dithered, translucent>(setup, y, x, end, at, step);
+    sse2_spans::fill_span_lanes<filtered, dithered, kind>(setup, y, x, end, at, step);
 }
 
 #include "render/span_lanes.inc"
@@ -170,24 +186,33 @@ void fill_rest(const span_setup* setup, int32_t y, int32_t x, int32_t end, __m12
 AVX2_FUNCTIONS_END
 
 using span_fill = void (*)(const span_setup*, int32_t, int32_t, int32_t, __m128, __m128);
+using span_fill_set = span_fill[2][2][SPAN_KINDS]; // [filtered][dithered][kind]
 
-// [one, four or eight pixels at a time][filtered][dithered][translucent]
-const span_fill span_fills[3][2][2][2] = {
-    {{{fill_span<false, false, false>, fill_span<false, false, true>},
-      {fill_span<false, true, false>, fill_span<false, true, true>}},
-     {{fill_span<true, false, false>, fill_span<true, false, true>},
-      {fill_span<true, true, false>, fill_span<true, true, true>}}},
-    {{{sse2_spans::fill_span_lanes<false, false, false>, sse2_spans::fill_span_lanes<false, false, true>},
-      {sse2_spans::fill_span_lanes<false, true, false>, sse2_spans::fill_span_lanes<false, true, true>}},
-     {{sse2_spans::fill_span_lanes<true, false, false>, sse2_spans::fill_span_lanes<true, false, true>},
-      {sse2_spans::fill_span_lanes<true, true, false>, sse2_spans::fill_span_lanes<true, true, true>}}},
-    {{{avx2_spans::fill_span_lanes<false, false, false>, avx2_spans::fill_span_lanes<false, false, true>},
-      {avx2_spans::fill_span_lanes<false, true, false>, avx2_spans::fill_span_lanes<false, true, true>}},
-     {{avx2_spans::fill_span_lanes<true, false, false>, avx2_spans::fill_span_lanes<true, false, true>},
-      {avx2_spans::fill_span_lanes<true, true, false>, avx2_spans::fill_span_lanes<true, true, true>}}},
+// Each loop of one width, as one type per combination for fills_of.
+template <bool filtered, bool dithered, int kind> struct plain_loop {
+    static constexpr span_fill fill = fill_span<filtered, dithered, kind>;
+};
+template <bool filtered, bool dithered, int kind> struct sse2_loop {
+    static constexpr span_fill fill = sse2_spans::fill_span_lanes<filtered, dithered, kind>;
+};
+template <bool filtered, bool dithered, int kind> struct avx2_loop {
+    static constexpr span_fill fill = avx2_spans::fill_span_lanes<filtered, dithered, kind>;
 };
 
-span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
+template <template <bool, bool, int> class loop> struct fills_of {
+    static constexpr span_fill_set fills = {
+        {{loop<false, false, 0>::fill, loop<false, false, 1>::fill, loop<false, false, 2>::fill},
+         {loop<false, true, 0>::fill, loop<false, true, 1>::fill, loop<false, true, 2>::fill}},
+        {{loop<true, false, 0>::fill, loop<true, false, 1>::fill, loop<true, false, 2>::fill},
+         {loop<true, true, 0>::fill, loop<true, true, 1>::fill, loop<true, true, 2>::fill}},
+    };
+};
+
+// One, four or eight pixels at a time.
+const span_fill_set* const span_fills[3] = {&fills_of<plain_loop>::fills, &fills_of<sse2_loop>::fills,
+                                            &fills_of<avx2_loop>::fills};
+
+span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend, uint16_t rank)
 {
     span_setup setup;
     setup.tex = *tex;
@@ -199,7 +224,9 @@ span_setup prepare_spans(const texture* tex, uint8_t tint, uint8_t blend)
     int width = tint >= COLOUR_TABLE_ROWS ? 0 : pixel_loop_lanes == 8 ? 2 : pixel_loop_lanes == 4 ? 1 : 0;
     setup.lit_red = width ? lit_channels.red[tint] : nullptr;
     setup.lit_blue = width ? lit_channels.blue[tint] : nullptr;
-    setup.fill = span_fills[width][TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][blend != 0];
+    setup.rank = rank;
+    int kind = blend != 0 ? SPAN_TRANSLUCENT : rank != 0 ? SPAN_RANKED : SPAN_OPAQUE;
+    setup.fill = (*span_fills[width])[TEXTURE_INTERPOLATION != 0][LIGHT_DITHERING != 0][kind];
     return setup;
 }
 
@@ -326,7 +353,7 @@ void compare_and_swap(const screen_vertex** upper, const screen_vertex** lower)
 void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const span_edge* left,
                const span_edge* right)
 {
-    span_setup setup = prepare_spans(tex, tint, blend);
+    span_setup setup = prepare_spans(tex, tint, blend, drawing_rank);
     span_between(&setup, y, left, right);
 }
 
@@ -334,11 +361,12 @@ void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen
                    const screen_vertex* c)
 {
     if (!record_triangle(tex, tint, blend, a, b, c))
-        draw_triangle_rows(tex, tint, blend, a, b, c, 0, frame_height);
+        draw_triangle_rows(tex, tint, blend, a, b, c, 0, frame_height, drawing_rank);
 }
 
 void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a,
-                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row)
+                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row,
+                        uint16_t rank)
 {
     // Three compare-and-swaps that keep ties in their order: a with b, the lower of them with c,
     // then the upper pair again.
@@ -369,7 +397,7 @@ void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const s
     triangle_edge upper_edge = make_edge(top, &top_q, middle, &middle_q);
     triangle_edge lower_edge = make_edge(middle, &middle_q, bottom, &bottom_q);
 
-    span_setup setup = prepare_spans(tex, tint, blend);
+    span_setup setup = prepare_spans(tex, tint, blend, rank);
     // Each row's edge points come from that row's own fraction, so drawing only some of the rows
     // gives them exactly as drawing all of them would. A flat upper or lower half has an empty row
     // range, so its zero height is never divided by.

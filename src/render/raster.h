@@ -40,6 +40,13 @@ enum { CLIP_CAPACITY = 4 };
 extern int pixel_loop_lanes;
 int widest_pixel_loop_lanes();
 
+// 0 while things are drawn in their order. While the opaque objects of a frame are drawn nearest
+// first, out of their order in the draw list, each object's place in that list, from 1: an opaque
+// triangle then also draws over a surface exactly as near that an object later in the list drew
+// (depth_ranks keeps whose each pixel is), so that the frame comes out as drawing the list in its
+// order makes it.
+extern uint16_t drawing_rank;
+
 // Fills a triangle of either winding (back faces are the caller's business). tint is a row of the
 // temperature tables (0 ... 63); blend 0 draws opaque, else the translucency level (the new
 // colour's weight out of 63), depth-tested but leaving the depth buffer as it was.
@@ -47,9 +54,11 @@ int widest_pixel_loop_lanes();
 void draw_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
                    const screen_vertex* c);
 
-// The pixels that draw_triangle draws in rows first_row ... end_row - 1, exactly, and no others.
+// The pixels that draw_triangle draws in rows first_row ... end_row - 1 with drawing_rank at
+// `rank`, exactly, and no others.
 void draw_triangle_rows(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a,
-                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row);
+                        const screen_vertex* b, const screen_vertex* c, int32_t first_row, int32_t end_row,
+                        uint16_t rank);
 
 // One row of a triangle between two edge points, in either order.
 void draw_span(int32_t y, const texture* tex, uint8_t tint, uint8_t blend, const span_edge* left,

@@ -1,5 +1,7 @@
 #include "render/visibility.h"
 
+#include <algorithm>
+
 #include <math.h>
 
 #include "assets/model.h"
@@ -27,6 +29,9 @@ struct area_visit {
 area_visit* visit_stack;
 int32_t visit_capacity;
 int32_t draw_list_capacity;
+int32_t* nearest_first; // draw_list_nearest_first's order
+float* farthest_corner; // and its keys, by place in the draw list
+int32_t nearest_first_capacity, farthest_corner_capacity;
 
 int reserve_visit_stack()
 {
@@ -285,8 +290,33 @@ int box_outside_frustum(const float planes[FRUSTUM_PLANES][3], const aabb* box)
     return 0;
 }
 
+const int32_t* draw_list_nearest_first()
+{
+    if (!heap_grow(&nearest_first, &nearest_first_capacity, draw_list_count, draw_list_count) ||
+        !heap_grow(&farthest_corner, &farthest_corner_capacity, draw_list_count, draw_list_count))
+        return nullptr;
+    for (int32_t i = 0; i < draw_list_count; ++i) {
+        float farthest = 0.0f;
+        for (int32_t k = 0; k < 8; ++k) {
+            vec3 corner = aabb_corner(draw_list[i].box, k);
+            float dx = corner.x - camera_position[0], dy = corner.y - camera_position[1];
+            float dz = corner.z - camera_position[2];
+            float distance = dx * dx + dy * dy + dz * dz;
+            farthest = distance > farthest || distance != distance ? distance : farthest;
+        }
+        farthest_corner[i] = farthest != farthest ? HUGE_VALF : farthest;
+        nearest_first[i] = i;
+    }
+    const float* key = farthest_corner;
+    std::sort(nearest_first, nearest_first + draw_list_count,
+              [key](int32_t a, int32_t b) { return key[a] < key[b] || (key[a] == key[b] && a < b); });
+    return nearest_first;
+}
+
 void release_visibility_arrays()
 {
+    heap_release(&nearest_first, &nearest_first_capacity);
+    heap_release(&farthest_corner, &farthest_corner_capacity);
     heap_release(&draw_list, &draw_list_capacity);
     heap_release(&visit_stack, &visit_capacity);
     draw_list_count = 0;

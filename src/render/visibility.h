@@ -38,6 +38,12 @@ struct draw_record {
 extern draw_record* draw_list; // grows to the number of scene objects; shrinks only when released
 extern int32_t draw_list_count;
 
+// The places in the draw list, nearest first: by how far the farthest corner of each box lies from
+// the eye (a box that is not a number counts as farthest), ties in list order. Drawn in this order,
+// a surface hides more of what comes after it, which then fails the depth test early. Null when
+// there is no room for the order.
+const int32_t* draw_list_nearest_first();
+
 // The planes for the frame's aspect factors (kx = max(w / h, 1), ky = max(h / w, 1)) and
 // projection scale s.
 void build_frustum(float kx, float ky, float s);

@@ -42,6 +42,13 @@ int32_t pose_capacity;
 shade_cache* shade_caches;
 int32_t shade_cache_count;
 int32_t deferred_capacity;
+deferred_triangle* regrouped; // the deferred list being put back in order, then swapped with it
+int32_t regrouped_capacity;
+int32_t* place_first; // each place's deferred triangles: place_first[p] ... place_end[p] - 1
+int32_t* place_end;
+int32_t place_first_capacity, place_end_capacity;
+int32_t deferring_places; // 0 while not deferring by place
+int32_t deferring_place = -1;
 int32_t* reaching; // the flickering lights that reach the object being drawn
 int32_t reaching_capacity;
 
@@ -303,6 +310,50 @@ void reset_deferred_triangles()
     deferred_count = 0;
 }
 
+int begin_deferring_by_place(int32_t places)
+{
+    deferring_places = 0;
+    deferring_place = -1;
+    if (!reserve(&place_first, &place_first_capacity, places > 0 ? places : 1) ||
+        !reserve(&place_end, &place_end_capacity, places > 0 ? places : 1))
+        return 0;
+    for (int32_t p = 0; p < places; ++p)
+        place_first[p] = place_end[p] = 0;
+    deferring_places = places;
+    return 1;
+}
+
+void defer_for_place(int32_t place)
+{
+    if (deferring_place >= 0)
+        place_end[deferring_place] = deferred_count;
+    deferring_place = place >= 0 && place < deferring_places ? place : -1;
+    if (deferring_place >= 0)
+        place_first[deferring_place] = deferred_count;
+}
+
+void regroup_deferred_triangles()
+{
+    defer_for_place(-1);
+    int32_t places = deferring_places;
+    deferring_places = 0;
+    if (places == 0 || deferred_count == 0 ||
+        !reserve(&regrouped, &regrouped_capacity, deferred_capacity > 0 ? deferred_capacity : 1))
+        return;
+    int32_t count = 0;
+    for (int32_t p = 0; p < places; ++p)
+        for (int32_t i = place_first[p]; i < place_end[p]; ++i)
+            regrouped[count++] = deferred_triangles[i];
+    if (count != deferred_count)
+        return; // triangles deferred outside every place: left as they were added
+    deferred_triangle* swap = deferred_triangles;
+    deferred_triangles = regrouped;
+    regrouped = swap;
+    int32_t capacity = deferred_capacity;
+    deferred_capacity = regrouped_capacity;
+    regrouped_capacity = capacity;
+}
+
 int compare_deferred_depth(const void* a, const void* b)
 {
     float key_a = static_cast<const deferred_triangle*>(a)->depth_key;
@@ -360,6 +411,9 @@ void release_world_pass_arrays()
     heap_release(&working, &working_capacity);
     heap_release(&poses, &pose_capacity);
     heap_release(&deferred_triangles, &deferred_capacity);
+    heap_release(&regrouped, &regrouped_capacity);
+    heap_release(&place_first, &place_first_capacity);
+    heap_release(&place_end, &place_end_capacity);
     heap_release(&reaching, &reaching_capacity);
     deferred_count = 0;
 }

@@ -29,6 +29,16 @@ void draw_scene_object(int32_t object_index, const placement* place, int32_t lig
 
 // Start of every frame, before the first draw_scene_object.
 void reset_deferred_triangles();
+
+// While the objects of the draw list are drawn out of its order (nearest first), the deferred
+// triangles each one adds are noted under its place in the list and put back in the list's order
+// before they are sorted, so that the sort sees them as drawing the list in its order leaves them.
+// Room for `places` places, all with none; 0 when there is no room (they are then left as added).
+int begin_deferring_by_place(int32_t places);
+// Before drawing the object at this place.
+void defer_for_place(int32_t place);
+// After the last object: the deferred triangles in the order of their places.
+void regroup_deferred_triangles();
 // For qsort: +1 when b's key is greater, -1 when a's is, else 0, so the farthest comes first.
 int compare_deferred_depth(const void* a, const void* b);
 // Sorts the frame's deferred triangles, farthest first.

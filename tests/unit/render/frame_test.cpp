@@ -5,21 +5,26 @@
 #include "support/test_frame.h"
 #include "support/test_heap.h"
 
-TEST(depth_buffer_create, takes_one_float_per_pixel_from_the_heap)
+TEST(depth_buffer_create, takes_one_float_and_one_rank_per_pixel_from_the_heap)
 {
     test_frame frame(40, 30);
     ASSERT_EQ(depth_buffer_create(), 1);
-    ASSERT_EQ(test_heap::log().size(), 1u);
+    ASSERT_EQ(test_heap::log().size(), 2u);
     EXPECT_EQ(test_heap::log()[0].bytes, 40u * 30u * sizeof(float));
+    EXPECT_EQ(test_heap::log()[1].bytes, 40u * 30u * sizeof(uint16_t));
     platform_heap_free(depth_buffer);
+    platform_heap_free(depth_ranks);
 }
 
 TEST(depth_buffer_create, fails_when_the_heap_refuses)
 {
-    test_frame frame(40, 30);
-    test_heap::fail_request(1);
-    EXPECT_EQ(depth_buffer_create(), 0);
-    EXPECT_EQ(depth_buffer, nullptr);
+    for (int32_t refused = 1; refused <= 2; ++refused) {
+        test_frame frame(40, 30);
+        test_heap::fail_request(refused);
+        EXPECT_EQ(depth_buffer_create(), 0) << "request " << refused;
+        EXPECT_EQ(depth_buffer, nullptr) << "request " << refused;
+        EXPECT_EQ(depth_ranks, nullptr) << "request " << refused;
+    }
 }
 
 TEST(depth_buffer_clear, sets_every_cell_to_zero)

@@ -382,3 +382,48 @@ TEST(project_segment, wholly_nearer_than_the_near_distance_is_rejected)
     float x0 = 0.0f, y0 = 0.0f, z0 = 0.005f, x1 = 1.0f, y1 = 0.0f, z1 = -3.0f;
     EXPECT_EQ(project_segment(&x0, &y0, &z0, &x1, &y1, &z1), 0);
 }
+
+// Two objects' triangles in one plane: of equally near surfaces the one drawn first stays. Drawn
+// the other way round with their places in the draw list, the frame is the same.
+TEST(draw_triangle, drawn_out_of_order_with_their_places_equally_near_triangles_leave_the_first_in_the_list)
+{
+    test_texture red(1, 1, 0x8000 | 31 << 10), blue(1, 1, 0x8000 | 31);
+    screen_vertex a = {0.0f, 0.0f, 2.0f, 0.0f, 0.0f, 0.0f};
+    screen_vertex b = {8.0f, 0.0f, 2.0f, 1.0f, 0.0f, 0.0f};
+    screen_vertex c = {0.0f, 8.0f, 2.0f, 0.0f, 1.0f, 0.0f};
+    std::vector<uint16_t> in_order;
+    {
+        test_frame frame(8, 8);
+        draw_triangle(&red.record, NEUTRAL_TINT, 0, &a, &b, &c);
+        draw_triangle(&blue.record, NEUTRAL_TINT, 0, &a, &b, &c);
+        in_order = frame.colour;
+        EXPECT_EQ(frame.pixel(1, 1), red.texels[0]);
+    }
+    for (int lanes = 1; lanes <= widest_pixel_loop_lanes(); lanes *= 2) {
+        test_frame frame(8, 8);
+        pixel_loop_lanes = lanes;
+        drawing_rank = 2;
+        draw_triangle(&blue.record, NEUTRAL_TINT, 0, &a, &b, &c);
+        drawing_rank = 1;
+        draw_triangle(&red.record, NEUTRAL_TINT, 0, &a, &b, &c);
+        drawing_rank = 0;
+        EXPECT_EQ(frame.colour, in_order) << lanes << " lanes";
+    }
+    pixel_loop_lanes = widest_pixel_loop_lanes();
+}
+
+TEST(draw_triangle, a_later_place_does_not_draw_over_an_equally_near_surface_of_an_earlier_one)
+{
+    test_frame frame(8, 8);
+    test_texture red(1, 1, 0x8000 | 31 << 10), blue(1, 1, 0x8000 | 31);
+    screen_vertex a = {0.0f, 0.0f, 2.0f, 0.0f, 0.0f, 0.0f};
+    screen_vertex b = {8.0f, 0.0f, 2.0f, 1.0f, 0.0f, 0.0f};
+    screen_vertex c = {0.0f, 8.0f, 2.0f, 0.0f, 1.0f, 0.0f};
+    drawing_rank = 1;
+    draw_triangle(&red.record, NEUTRAL_TINT, 0, &a, &b, &c);
+    drawing_rank = 2;
+    draw_triangle(&blue.record, NEUTRAL_TINT, 0, &a, &b, &c);
+    drawing_rank = 0;
+    EXPECT_EQ(frame.pixel(1, 1), red.texels[0]);
+    EXPECT_EQ(frame.ranks[1 * 8 + 1], 1);
+}

@@ -20,11 +20,13 @@ const int32_t HEIGHT = 41;
 struct span_frame {
     std::vector<uint16_t> colour;
     std::vector<float> depth;
+    std::vector<uint16_t> ranks;
 };
 
 struct pipeline_switches {
     int32_t filtered, dithered;
     int32_t translucent; // 1: every triangle blends at a level of 1 ... 63
+    int32_t ranked;      // 1: drawn at places in a draw list, each twice over (equally near)
 };
 
 span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches switches)
@@ -49,10 +51,20 @@ span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches swi
                  between(-40.0f, 40.0f),         between(-40.0f, 40.0f),          between(-0.1f, 1.1f)};
         uint8_t tint = static_cast<uint8_t>(random() % 64);
         uint8_t blend = switches.translucent ? static_cast<uint8_t>(1 + random() % 63) : 0;
-        draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
+        if (switches.ranked) {
+            // The same corners again at another place and tint: every pixel the first drew ties.
+            drawing_rank = static_cast<uint16_t>(1 + random() % 9);
+            draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
+            drawing_rank = static_cast<uint16_t>(1 + random() % 9);
+            draw_triangle(&tex.record, static_cast<uint8_t>((tint + 7) % 64), blend, &corner[0], &corner[1],
+                          &corner[2]);
+            drawing_rank = 0;
+        } else {
+            draw_triangle(&tex.record, tint, blend, &corner[0], &corner[1], &corner[2]);
+        }
     }
     pixel_loop_lanes = widest_pixel_loop_lanes();
-    return {frame.colour, frame.depth};
+    return {frame.colour, frame.depth, frame.ranks};
 }
 
 // Both vector widths (eight only where the processor runs it) against the plain loops.
@@ -62,13 +74,15 @@ void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
         for (uint32_t seed = 1; seed <= 20; ++seed) {
             span_frame plain = draw_random_triangles(seed, 1, switches);
             span_frame vectorised = draw_random_triangles(seed, lanes, switches);
-            int32_t colours_differ = 0, depths_differ = 0;
+            int32_t colours_differ = 0, depths_differ = 0, ranks_differ = 0;
             for (size_t i = 0; i < plain.colour.size(); ++i) {
                 colours_differ += plain.colour[i] != vectorised.colour[i];
                 depths_differ += memcmp(&plain.depth[i], &vectorised.depth[i], sizeof(float)) != 0;
+                ranks_differ += plain.ranks[i] != vectorised.ranks[i];
             }
             EXPECT_EQ(colours_differ, 0) << lanes << " lanes, seed " << seed;
             EXPECT_EQ(depths_differ, 0) << lanes << " lanes, seed " << seed;
+            EXPECT_EQ(ranks_differ, 0) << lanes << " lanes, seed " << seed;
         }
     }
 }
@@ -77,28 +91,34 @@ void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
 
 TEST(span_loops, vectorised_nearest_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 0});
 }
 
 TEST(span_loops, vectorised_nearest_span_with_light_dithering_matches_the_plain_loop)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 0, 0});
 }
 
 TEST(span_loops, vectorised_filtered_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({1, 0, 0});
-    expect_vectorised_loops_match_the_plain_ones({1, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 0});
 }
 
 TEST(span_loops, vectorised_translucent_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0, 1});
-    expect_vectorised_loops_match_the_plain_ones({0, 1, 1});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 1, 0});
 }
 
 TEST(span_loops, vectorised_filtered_translucent_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({1, 0, 1});
-    expect_vectorised_loops_match_the_plain_ones({1, 1, 1});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 1, 0});
+}
+
+TEST(span_loops, vectorised_spans_drawn_at_places_in_a_draw_list_match_the_plain_loop_where_surfaces_tie)
+{
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 1});
 }

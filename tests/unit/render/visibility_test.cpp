@@ -355,3 +355,44 @@ TEST_F(portal_rooms, a_box_is_outside_the_frustum_only_when_wholly_behind_one_pl
     EXPECT_EQ(box_outside_frustum(frustum_planes, &left), 1);
     EXPECT_EQ(box_outside_frustum(frustum_planes, &straddling), 0);
 }
+
+TEST_F(portal_rooms, nearest_first_orders_the_draw_list_by_the_farthest_corner_of_each_box_ties_in_list_order)
+{
+    set_camera({0, 0, 0});
+    int32_t far = add_object(-1, square, {0, 0, 9});
+    int32_t near = add_object(-1, square, {0, 0, 3});
+    int32_t also_near = add_object(-1, square, {0, 0, 3});
+    int32_t middle = add_object(-1, square, {0.2f, 0, 5});
+    build_draw_list();
+    ASSERT_EQ(draw_list_count, 4);
+    const int32_t* order = draw_list_nearest_first();
+    ASSERT_NE(order, nullptr);
+    const int32_t expected[4] = {near, also_near, middle, far};
+    for (int32_t k = 0; k < 4; ++k)
+        EXPECT_EQ(draw_list[order[k]].object, expected[k]) << "place " << k;
+}
+
+TEST_F(portal_rooms, nearest_first_puts_a_box_that_is_not_a_number_last)
+{
+    set_camera({0, 0, 0});
+    add_object(-1, square, {0, 0, 4});
+    add_object(-1, square, {0, 0, 6});
+    build_draw_list();
+    ASSERT_EQ(draw_list_count, 2);
+    draw_list[0].box.max.x = NAN;
+    const int32_t* order = draw_list_nearest_first();
+    ASSERT_NE(order, nullptr);
+    EXPECT_EQ(order[0], 1);
+    EXPECT_EQ(order[1], 0);
+}
+
+TEST_F(portal_rooms, nearest_first_is_null_when_there_is_no_room_for_the_order)
+{
+    set_camera({0, 0, 0});
+    add_object(-1, square, {0, 0, 4});
+    build_draw_list();
+    release_visibility_arrays(); // forgets the order's room too
+    build_draw_list();
+    test_heap::fail_request(1);
+    EXPECT_EQ(draw_list_nearest_first(), nullptr);
+}

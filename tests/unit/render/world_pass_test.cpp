@@ -430,3 +430,48 @@ TEST_F(world_pass, an_animation_plays_from_its_start_time_modulo_its_last_key)
     draw(posed);
     EXPECT_EQ(frame->mask(), expected);
 }
+
+TEST_F(world_pass, equally_far_translucent_panes_blend_in_the_draw_lists_order_when_objects_are_drawn_out_of_it)
+{
+    debug_lighting = 0;
+    // Three panes in one plane, so that their sort keys tie: the blend depends on their order.
+    const uint16_t colours[3] = {RED, BLUE, GREY};
+    int32_t panes[3];
+    for (int32_t k = 0; k < 3; ++k)
+        panes[k] = place(add_square_model(-1, -1, 1, 1, 3.0f, add_texture(colours[k], TEXTURE_TRANSLUCENT, 20)));
+    set_camera({0, 0, 0});
+
+    for (int32_t k = 0; k < 3; ++k)
+        draw(panes[k]);
+    finish_frame();
+    std::vector<uint16_t> in_order = frame->colour;
+
+    clear_frame();
+    ASSERT_EQ(begin_deferring_by_place(3), 1);
+    for (int32_t place : {2, 0, 1}) {
+        defer_for_place(place);
+        draw(panes[place]);
+    }
+    regroup_deferred_triangles();
+    finish_frame();
+    EXPECT_EQ(frame->colour, in_order);
+    EXPECT_NE(frame->pixel(32, 32), 0);
+}
+
+TEST_F(world_pass, deferred_triangles_stay_as_added_when_there_is_no_room_to_note_their_places)
+{
+    int32_t glass = add_texture(BLUE, TEXTURE_TRANSLUCENT, 8);
+    int32_t near_pane = place(add_square_model(-1, -1, 1, 1, 3.0f, glass));
+    int32_t far_pane = place(add_square_model(-1, -1, 1, 1, 5.0f, glass));
+    set_camera({0, 0, 0});
+    test_heap::fail_request(1);
+    EXPECT_EQ(begin_deferring_by_place(2), 0);
+    defer_for_place(1); // not noted: there is nothing to note it in
+    draw(far_pane);
+    defer_for_place(0);
+    draw(near_pane);
+    regroup_deferred_triangles();
+    ASSERT_EQ(deferred_count, 4);
+    EXPECT_FLOAT_EQ(deferred_triangles[0].depth_key, 5.0f);
+    EXPECT_FLOAT_EQ(deferred_triangles[3].depth_key, 3.0f);
+}

@@ -6,12 +6,14 @@
 
 test_frame::test_frame(int32_t width, int32_t height, uint16_t background)
     : colour(static_cast<size_t>(width * height), background), depth(static_cast<size_t>(width * height), 0.0f),
+      ranks(static_cast<size_t>(width * height), 0),
       width_(width), background_(background)
 {
-    saved_.keep_all(&color_buffer, &depth_buffer, &frame_width, &frame_height, &TEXTURE_INTERPOLATION,
+    saved_.keep_all(&color_buffer, &depth_buffer, &depth_ranks, &frame_width, &frame_height, &TEXTURE_INTERPOLATION,
                     &LIGHT_DITHERING);
     color_buffer = colour.data();
     depth_buffer = depth.data();
+    depth_ranks = ranks.data();
     frame_width = width;
     frame_height = height;
     TEXTURE_INTERPOLATION = 0;

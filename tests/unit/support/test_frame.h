@@ -13,6 +13,7 @@
 struct test_frame {
     std::vector<uint16_t> colour;
     std::vector<float> depth;
+    std::vector<uint16_t> ranks; // depth_ranks
 
     test_frame(int32_t width, int32_t height, uint16_t background = 0);
     // The surfaces and switches go back to what they were when the frame goes.
