@@ -61,9 +61,7 @@ PIXEL_INLINE floats pick(const float* table, ints index)
 }
 PIXEL_INLINE ints pick(const int32_t* table, ints index)
 {
-    alignas(16) int32_t at[4];
-    memcpy(at, &index, sizeof at);
-    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
+    return gather_entries(table, index);
 }
 
 #include "render/sky_lanes.inc"

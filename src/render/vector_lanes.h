@@ -71,17 +71,19 @@ PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
 }
 // SSE2 has no gather: the indices go through memory and the entries come back through registers
 // (four stores read back as one vector would stall).
-PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
+template <typename entry> PIXEL_INLINE ints gather_entries(const entry* table, ints index)
 {
     alignas(16) int32_t at[4];
     memcpy(at, &index, sizeof at);
     return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
 }
+PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
+{
+    return gather_entries(table, index);
+}
 PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
 {
-    alignas(16) int32_t at[4];
-    memcpy(at, &index, sizeof at);
-    return reinterpret_cast<ints>(_mm_setr_epi32(table[at[0]], table[at[1]], table[at[2]], table[at[3]]));
+    return gather_entries(table, index);
 }
 #include "render/vector_lanes.inc"
 
