@@ -29,7 +29,7 @@ struct span_setup {
     const uint8_t* blue_row;
     const uint8_t* blend_dim_row;
     const uint8_t* blend_lum_row;
-    const uint16_t* lit_red; // the tint's folded tables, for the vector loops
+    const uint16_t* lit_red; // the tint's folded tables, for the SSE2 loops (AVX2 works the light out)
     const uint16_t* lit_blue;
     int32_t rank; // the drawing object's place in the draw list, from 1, for ranked spans
     // Pixels x ... end - 1 of row y; `at` holds 1/w, u/w, v/w and l/w of pixel x in its lanes and
