@@ -405,3 +405,15 @@ TEST_F(texture_test, every_allocation_failure_while_decoding_fails_the_load_with
     EXPECT_TRUE(loaded);
     EXPECT_GE(failures, 2); // at least the decoder's handle and the texels
 }
+
+// The vector span loops read each texel as four bytes: the last texel's read lands in a spare one.
+TEST(texture_create, allocates_one_zero_spare_texel_after_the_texels)
+{
+    test_heap::reset();
+    texture t = {};
+    ASSERT_EQ(texture_create(&t, 4, 2), 1);
+    ASSERT_EQ(test_heap::log().size(), 1u);
+    EXPECT_EQ(test_heap::log()[0].bytes, (4u * 2u + 1u) * sizeof(uint16_t));
+    EXPECT_EQ(t.texels[4 * 2], 0);
+    EXPECT_EQ(texture_free(&t), 1);
+}
