@@ -249,7 +249,7 @@ static void draw_visible_objects()
 
 // Visibility, the sky into every open block, the objects that are not hidden, then the
 // translucent triangles farthest first. With more than one thread, the sky and the objects are
-// recorded and then drawn in bands.
+// recorded, and drawn in bands by the other threads as they are recorded.
 static void draw_world()
 {
     if (debug_portal_culling)

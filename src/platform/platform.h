@@ -94,3 +94,12 @@ int32_t platform_processor_count();
 // depend on the order they run in. 1 when every worker asked for could help; 0 when some could not
 // be started, the remaining threads (at worst the caller alone) then ran every task.
 int platform_run_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context);
+// The same job in two halves, so that the caller can work meanwhile and the tasks can wait for
+// what it does: platform_begin_parallel hands the tasks to the workers and returns at once; the
+// caller joins in only at platform_end_parallel, which returns as platform_run_parallel does. One
+// job at a time: every begin is followed by its end before the next job.
+void platform_begin_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context);
+int platform_end_parallel();
+// A thread that waits for another's progress by polling lets the processor go to other threads
+// between its looks (the system's yield).
+void platform_yield_thread();

@@ -20,6 +20,7 @@ struct parallel_job {
 parallel_job job;
 uint32_t job_number; // which job is posted; a worker that has seen it waits for the next
 int32_t workers_started;
+int job_has_every_helper; // every worker the running job asked for could be started
 
 // Runs tasks until none is left to hand out; entered and left with the lock held.
 void take_tasks()
@@ -60,19 +61,31 @@ void worker_body(int32_t worker)
     }
 }
 
-int platform_run_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context)
+void platform_begin_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context)
 {
     worker_lock();
-    int all_started = start_workers(threads - 1);
+    job_has_every_helper = start_workers(threads - 1);
     int32_t helpers = threads - 1 < workers_started ? threads - 1 : workers_started;
     job = {task, context, count, 0, count, helpers > 0 ? helpers : 0};
     if (job.helpers > 0) {
         ++job_number;
         worker_wake_for_job();
     }
+    worker_unlock();
+}
+
+int platform_end_parallel()
+{
+    worker_lock();
     take_tasks();
     while (job.unfinished > 0)
         worker_wait_for_finish();
     worker_unlock();
-    return all_started;
+    return job_has_every_helper;
+}
+
+int platform_run_parallel(int32_t threads, int32_t count, void (*task)(int32_t index, void* context), void* context)
+{
+    platform_begin_parallel(threads, count, task, context);
+    return platform_end_parallel();
 }

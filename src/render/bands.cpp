@@ -1,5 +1,6 @@
 #include "render/bands.h"
 
+#include <emmintrin.h>
 #include <math.h>
 
 #include "core/frame.h"
@@ -27,7 +28,7 @@ struct band_command {
 
 enum {
     COMMAND_GROWTH = 1024,
-    BANDS_PER_THREAD = 2, // a thread that is done early takes another band
+    BANDS_PER_THREAD = 4,
     BAND_ROW_MULTIPLE = 8,
 };
 
@@ -76,53 +77,131 @@ void draw_command(const band_command* command, int32_t first_row, int32_t end_ro
     }
 }
 
+// The commands recorded so far are drawn while more are recorded. A batch starts with the
+// recording: every thread but the recorder becomes a drawer at once, and the recorder joins them
+// when the batch is closed. A drawer takes any band that no other drawer holds and that has
+// published commands it has not drawn yet, draws them in the list's order and lets the band go.
+// A band's commands are thus drawn by one thread at a time, in order, so nothing changes but
+// when a pixel is drawn. The list is moved (to grow it) only between batches.
+enum { MAX_BANDS = 128 };
+
 struct band_split {
     int32_t count;
     int32_t rows; // rows per band but the last
 };
 
-void draw_band(int32_t band, void* context)
+struct alignas(64) band_progress { // a cache line each: drawers on different bands share nothing
+    int32_t drawn;                  // the commands drawn into the band; written by its holder only
+    int32_t held;                   // a drawer holds the band
+};
+
+band_split split;                 // the bands of the running batch
+band_progress progress[MAX_BANDS];
+int32_t batch_running;            // the drawers are out on the threads
+int32_t published;                // the commands the drawers may draw; stored after the commands themselves
+int32_t batch_closed;             // nothing more will be published in the running batch
+
+enum { LOOKS_BEFORE_YIELDING = 64 };
+
+// Draws the band's published commands it has not drawn, unless another drawer holds it; 1 when
+// it drew any.
+int draw_band_up_to(int32_t band, int32_t ready)
 {
-    const band_split* split = static_cast<const band_split*>(context);
-    int32_t first_row = band * split->rows;
-    int32_t end_row = band == split->count - 1 ? frame_height : first_row + split->rows;
-    for (int32_t i = 0; i < command_count; ++i)
+    band_progress* p = &progress[band];
+    if (__atomic_load_n(&p->drawn, __ATOMIC_ACQUIRE) >= ready || __atomic_exchange_n(&p->held, 1, __ATOMIC_ACQUIRE))
+        return 0;
+    int32_t first_row = band * split.rows;
+    int32_t end_row = band == split.count - 1 ? frame_height : first_row + split.rows;
+    int32_t i = p->drawn;
+    for (; i < ready; ++i)
         draw_command(&commands[i], first_row, end_row);
+    __atomic_store_n(&p->drawn, i, __ATOMIC_RELEASE);
+    __atomic_store_n(&p->held, 0, __ATOMIC_RELEASE);
+    return 1;
 }
 
-// Draws and forgets what is recorded so far.
-void draw_commands()
+// One drawer, until the batch is closed and every band has drawn all of it. Drawers start their
+// rounds at different bands, so that they seldom reach for the same one.
+void drawer(int32_t index, void*)
 {
-    if (command_count == 0)
-        return;
-    // Bands of whole 8-row blocks, so that a sky block is never shared.
-    int32_t wanted = recording_threads * BANDS_PER_THREAD;
+    int32_t idle_looks = 0;
+    for (;;) {
+        // Closed is read before the count, so a closed batch's count is its last.
+        int closed = __atomic_load_n(&batch_closed, __ATOMIC_ACQUIRE);
+        int32_t ready = __atomic_load_n(&published, __ATOMIC_ACQUIRE);
+        int drew = 0, finished = 1;
+        for (int32_t k = 0; k < split.count; ++k) {
+            int32_t band = (index + k) % split.count;
+            drew |= draw_band_up_to(band, ready);
+            finished &= __atomic_load_n(&progress[band].drawn, __ATOMIC_ACQUIRE) >= ready;
+        }
+        if (closed && finished)
+            return;
+        if (drew) {
+            idle_looks = 0;
+        } else if (++idle_looks < LOOKS_BEFORE_YIELDING) {
+            _mm_pause(); // caught up with the recording, or every band left is held
+        } else {
+            platform_yield_thread(); // more threads than processors: let the recorder run
+        }
+    }
+}
+
+// Bands of whole 8-row blocks, so that a sky block is never shared; a few per thread, so that
+// the drawers share the work evenly.
+void start_batch()
+{
+    int32_t wanted = min_int(recording_threads * BANDS_PER_THREAD, MAX_BANDS);
     int32_t blocks = (frame_height + BAND_ROW_MULTIPLE - 1) / BAND_ROW_MULTIPLE;
     int32_t blocks_per_band = max_int(1, (blocks + wanted - 1) / wanted);
-    band_split split;
     split.rows = blocks_per_band * BAND_ROW_MULTIPLE;
     split.count = max_int(1, (frame_height + split.rows - 1) / split.rows);
-    platform_run_parallel(recording_threads, split.count, draw_band, &split);
-    command_count = 0;
+    for (int32_t band = 0; band < split.count; ++band)
+        progress[band] = {command_count, 0};
+    published = command_count;
+    batch_closed = 0;
+    batch_running = 1;
+    platform_begin_parallel(recording_threads, recording_threads, drawer, nullptr);
+}
+
+// Returns once every command recorded so far is drawn.
+void finish_batch()
+{
+    if (!batch_running)
+        return;
+    __atomic_store_n(&batch_closed, 1, __ATOMIC_RELEASE);
+    platform_end_parallel();
+    batch_running = 0;
 }
 
 // The next free command, covering rows first_row ... end_row - 1; null when nothing is recorded
-// or the list cannot grow (what it holds is then drawn first, so that the caller may draw at once).
+// or the list cannot grow (what it holds is then drawn and forgotten first, so that the caller
+// may draw at once).
 band_command* next_command(band_command_kind kind, int32_t first_row, int32_t end_row)
 {
     if (recording_threads == 0)
         return nullptr;
-    if (command_count == command_capacity &&
-        !heap_grow(&commands, &command_capacity, command_count + 1, command_capacity + COMMAND_GROWTH)) {
-        draw_commands();
-        if (command_count == command_capacity)
-            return nullptr;
+    if (command_count == command_capacity) {
+        finish_batch();
+        if (!heap_grow(&commands, &command_capacity, command_count + 1, command_capacity + COMMAND_GROWTH)) {
+            command_count = 0;
+            if (command_capacity == 0)
+                return nullptr;
+        }
     }
+    if (!batch_running)
+        start_batch();
     band_command* command = &commands[command_count++];
     command->kind = kind;
     command->first_row = first_row;
     command->end_row = end_row;
     return command;
+}
+
+// The command just filled in by the recorder goes out to the bands.
+void publish_command()
+{
+    __atomic_store_n(&published, command_count, __ATOMIC_RELEASE);
 }
 
 } // namespace
@@ -140,13 +219,23 @@ void begin_band_recording()
 
 void draw_recorded_bands()
 {
-    draw_commands();
+    finish_batch();
+    command_count = 0;
     recording_threads = 0;
+}
+
+void release_band_commands()
+{
+    heap_release(&commands, &command_capacity);
+    command_count = 0;
 }
 
 int record_sky()
 {
-    return next_command(BAND_SKY, 0, frame_height) != nullptr;
+    if (!next_command(BAND_SKY, 0, frame_height))
+        return 0;
+    publish_command();
+    return 1;
 }
 
 int record_triangle(const texture* tex, uint8_t tint, uint8_t blend, const screen_vertex* a, const screen_vertex* b,
@@ -171,6 +260,7 @@ int record_triangle(const texture* tex, uint8_t tint, uint8_t blend, const scree
     command->corners[0] = *a;
     command->corners[1] = *b;
     command->corners[2] = *c;
+    publish_command();
     return 1;
 }
 
@@ -184,6 +274,7 @@ int record_line(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour)
     command->x1 = x1;
     command->y1 = y1;
     command->colour = colour;
+    publish_command();
     return 1;
 }
 
@@ -196,6 +287,7 @@ int record_circle_outline(int32_t cx, int32_t cy, int32_t r, uint16_t colour)
     command->y0 = cy;
     command->radius = r;
     command->colour = colour;
+    publish_command();
     return 1;
 }
 

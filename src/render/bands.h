@@ -1,9 +1,11 @@
 // The frame drawn by several threads at once. While a frame is recorded, the sky, the triangles,
 // the lines and the circle outlines that would be drawn are kept in a list in their order instead;
-// then the frame is cut into horizontal bands and each band is drawn by one thread from the whole
-// list, every command clipped to the band's rows. A pixel belongs to exactly one band and sees the
-// commands in their order, each computed from the command alone and the pixel's own position, so
-// the frame comes out bit for bit as one thread draws it, whatever the number of threads.
+// the frame is cut into horizontal bands and each band is drawn by one thread at a time from the
+// whole list, every command clipped to the band's rows. The other threads draw the list as it
+// grows, while the recording thread goes on; it joins them when the frame is recorded. A pixel
+// belongs to exactly one band and sees the commands in their order, each computed from the command
+// alone and the pixel's own position, so the frame comes out bit for bit as one thread draws it,
+// whatever the number of threads.
 #pragma once
 
 #include <stdint.h>
@@ -20,8 +22,11 @@ int32_t render_thread_count(int32_t setting);
 // The frame driver: records from here on when render_threads is above 1; with one thread nothing
 // is recorded and everything is drawn as it comes.
 void begin_band_recording();
-// Draws what was recorded, band by band on the threads, and stops recording.
+// Returns once everything recorded is drawn, and stops recording.
 void draw_recorded_bands();
+
+// Frees the command list, which otherwise keeps its size from frame to frame; not while recording.
+void release_band_commands();
 
 // The drawing functions ask first: 1 when the command was recorded, 0 when it must be drawn now
 // (nothing is being recorded, or the list cannot grow and holds nothing to keep the order of).

@@ -3,6 +3,7 @@
 #include "platform/worker_threads.h"
 
 #include <pthread.h>
+#include <sched.h>
 #include <unistd.h>
 
 namespace {
@@ -57,4 +58,9 @@ int32_t platform_processor_count()
 {
     long online = sysconf(_SC_NPROCESSORS_ONLN);
     return online > 0 ? static_cast<int32_t>(online) : 1;
+}
+
+void platform_yield_thread()
+{
+    sched_yield();
 }

@@ -60,3 +60,8 @@ int32_t platform_processor_count()
     GetSystemInfo(&info);
     return info.dwNumberOfProcessors > 0 ? static_cast<int32_t>(info.dwNumberOfProcessors) : 1;
 }
+
+void platform_yield_thread()
+{
+    SwitchToThread();
+}

@@ -44,6 +44,37 @@ TEST(platform_run_parallel, returns_after_the_last_task_has_finished)
     }
 }
 
+// Tasks handed out by platform_begin_parallel may wait for what the caller does before
+// platform_end_parallel: here each waits for the caller's go, which it gives only after the begin.
+namespace {
+
+struct waiting_tasks {
+    std::atomic<int> go{0};
+    std::atomic<int> finished{0};
+};
+
+void wait_for_go(int32_t, void* context)
+{
+    waiting_tasks* tasks = static_cast<waiting_tasks*>(context);
+    while (!tasks->go.load())
+        platform_yield_thread();
+    tasks->finished++;
+}
+
+} // namespace
+
+TEST(platform_begin_parallel, tasks_may_wait_for_the_caller_until_the_end)
+{
+    for (int32_t threads = 1; threads <= 4; ++threads) {
+        waiting_tasks tasks;
+        platform_begin_parallel(threads, 6, wait_for_go, &tasks);
+        EXPECT_EQ(tasks.finished.load(), 0) << "nothing can finish before the go";
+        tasks.go = 1;
+        EXPECT_EQ(platform_end_parallel(), 1);
+        EXPECT_EQ(tasks.finished.load(), 6) << threads << " threads";
+    }
+}
+
 TEST(platform_processor_count, is_at_least_one)
 {
     EXPECT_GE(platform_processor_count(), 1);
