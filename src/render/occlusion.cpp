@@ -48,8 +48,16 @@ int32_t first_centre_at_or_after(float at, int32_t limit)
 
 // The pixels of one fine row between two edge points follow the rasterizer's rule: the first is
 // floor(x - 0.5) + 1, so a pixel centred exactly on the left end is left out, and the end is
-// floor(x - 0.5) + 1 of the right end, so one centred exactly on the right end is drawn.
-void occlude_span(int32_t y, float x_a, float inv_a, float x_b, float inv_b)
+// floor(x - 0.5) + 1 of the right end, so one centred exactly on the right end is drawn. Along the
+// row 1/z gains the same slope at every pixel, one addition after another.
+struct occluder_span {
+    float* row;
+    int32_t x, end;
+    float inv_z, slope;
+};
+
+// The span of row y between two edge points; 0 when it has no pixel.
+int occluder_span_of_row(int32_t y, float x_a, float inv_a, float x_b, float inv_b, occluder_span* span)
 {
     if (x_a > x_b) {
         float swap_x = x_a, swap_inv = inv_a;
@@ -60,22 +68,48 @@ void occlude_span(int32_t y, float x_a, float inv_a, float x_b, float inv_b)
     }
     float width = x_b - x_a;
     if (width <= 0.0f)
-        return;
+        return 0;
     float fine_width = static_cast<float>(occlusion_fine_width);
     float first = floorf(x_a - 0.5f) + 1.0f;
     first = first > 0.0f ? first : 0.0f;
     float end = floorf(x_b - 0.5f) + 1.0f;
     end = end < fine_width ? end : fine_width;
     if (!(first < end))
-        return;
-    float slope = (inv_b - inv_a) / width;
-    float inv_z = inv_a + slope * (first + 0.5f - x_a);
-    float* row = depth_buffer + static_cast<size_t>(y) * static_cast<size_t>(occlusion_fine_width);
-    for (int32_t x = static_cast<int32_t>(first); x < static_cast<int32_t>(end); ++x) {
-        if (inv_z > row[x])
-            row[x] = inv_z;
-        inv_z += slope;
+        return 0;
+    span->slope = (inv_b - inv_a) / width;
+    span->inv_z = inv_a + span->slope * (first + 0.5f - x_a);
+    span->row = depth_buffer + static_cast<size_t>(y) * static_cast<size_t>(occlusion_fine_width);
+    span->x = static_cast<int32_t>(first);
+    span->end = static_cast<int32_t>(end);
+    return 1;
+}
+
+// Spans are passed and stepped by value, so that their fields stay in registers: a store to a row
+// could otherwise be taken for a store to a span's fields.
+inline void occlude_pixel(occluder_span* span)
+{
+    if (span->inv_z > span->row[span->x])
+        span->row[span->x] = span->inv_z;
+    span->inv_z += span->slope;
+    ++span->x;
+}
+
+void occlude_rest(occluder_span span)
+{
+    while (span.x < span.end)
+        occlude_pixel(&span);
+}
+
+// Two rows' spans side by side: each pixel waits for the addition before it, so a row alone
+// leaves the processor idle between them; the other row's pixels fill those gaps.
+void occlude_spans(occluder_span a, occluder_span b)
+{
+    while (a.x < a.end && b.x < b.end) {
+        occlude_pixel(&a);
+        occlude_pixel(&b);
     }
+    occlude_rest(a);
+    occlude_rest(b);
 }
 
 float along(float from, float to, float f)
@@ -106,15 +140,26 @@ void occlude_triangle(const occluder_vertex* a, const occluder_vertex* b, const 
     int32_t last = first_centre_at_or_after(bottom->y, occlusion_fine_height);
     first = first > first_row ? first : first_row;
     last = last < end_row ? last : end_row;
+    occluder_span waiting = {}; // none waits while x == end
     for (int32_t y = first; y < last; ++y) {
         float centre = static_cast<float>(y) + 0.5f;
         float f_long = (centre - top->y) / (bottom->y - top->y);
         const occluder_vertex* upper = y < split ? top : middle;
         const occluder_vertex* lower = y < split ? middle : bottom;
         float f_short = (centre - upper->y) / (lower->y - upper->y);
-        occlude_span(y, along(top->x, bottom->x, f_long), along(top->inv_z, bottom->inv_z, f_long),
-                     along(upper->x, lower->x, f_short), along(upper->inv_z, lower->inv_z, f_short));
+        occluder_span span;
+        if (!occluder_span_of_row(y, along(top->x, bottom->x, f_long), along(top->inv_z, bottom->inv_z, f_long),
+                                  along(upper->x, lower->x, f_short), along(upper->inv_z, lower->inv_z, f_short),
+                                  &span))
+            continue;
+        if (waiting.x == waiting.end) {
+            waiting = span; // the first of a pair waits for the second
+            continue;
+        }
+        occlude_spans(waiting, span);
+        waiting = {};
     }
+    occlude_rest(waiting);
 }
 
 // The projected position (before the viewport) and 1/z of a clipped camera-space vertex.
