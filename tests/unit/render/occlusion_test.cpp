@@ -300,3 +300,96 @@ TEST_F(occlusion_buffer, with_threads_an_occluder_the_list_cannot_hold_is_drawn_
     test_heap::reset();
     expect_same_buffers(alone, listed_then_drawn, 3);
 }
+
+namespace {
+
+struct fine_corner {
+    float x, y, inv_z;
+};
+
+// The fine buffer's rule written out pixel by pixel: every row of a triangle facing the eye, from
+// its centre, its span from floor(x - 0.5) + 1 on both ends, 1/z stepped by the slope one pixel
+// after another, the nearer value kept.
+void occlude_by_the_plain_rule(std::vector<float>* fine, const vec3 corners[3])
+{
+    fine_corner c[3];
+    float projected_x[3], projected_y[3];
+    for (int32_t k = 0; k < 3; ++k) {
+        projected_x[k] = corners[k].x * projection_scale / corners[k].z;
+        projected_y[k] = corners[k].y * projection_scale / corners[k].z;
+        c[k] = {(projected_x[k] + 0.5f) * occlusion_fine_viewport.scale + occlusion_fine_viewport.offset_x,
+                (projected_y[k] + 0.5f) * occlusion_fine_viewport.scale + occlusion_fine_viewport.offset_y,
+                1.0f / corners[k].z};
+    }
+    float facing = (projected_y[1] - projected_y[0]) * (projected_x[2] - projected_x[0]) -
+                   (projected_y[2] - projected_y[0]) * (projected_x[1] - projected_x[0]);
+    if (facing <= 0.0f)
+        return;
+    const fine_corner* v[3] = {&c[0], &c[1], &c[2]};
+    for (int32_t i : {0, 1, 0})
+        if (v[i]->y > v[i + 1]->y)
+            std::swap(v[i], v[i + 1]);
+    auto first_centre = [](float at, int32_t limit) {
+        float index = ceilf(at - 0.5f);
+        return !(index > 0.0f) ? 0 : index < static_cast<float>(limit) ? static_cast<int32_t>(index) : limit;
+    };
+    auto along = [](float from, float to, float f) { return from + (to - from) * f; };
+    int32_t split = first_centre(v[1]->y, occlusion_fine_height);
+    for (int32_t y = first_centre(v[0]->y, occlusion_fine_height); y < first_centre(v[2]->y, occlusion_fine_height);
+         ++y) {
+        float centre = static_cast<float>(y) + 0.5f;
+        float f_long = (centre - v[0]->y) / (v[2]->y - v[0]->y);
+        const fine_corner* upper = y < split ? v[0] : v[1];
+        const fine_corner* lower = y < split ? v[1] : v[2];
+        float f_short = (centre - upper->y) / (lower->y - upper->y);
+        float x_a = along(v[0]->x, v[2]->x, f_long), inv_a = along(v[0]->inv_z, v[2]->inv_z, f_long);
+        float x_b = along(upper->x, lower->x, f_short), inv_b = along(upper->inv_z, lower->inv_z, f_short);
+        if (x_a > x_b) {
+            std::swap(x_a, x_b);
+            std::swap(inv_a, inv_b);
+        }
+        float width = x_b - x_a;
+        if (width <= 0.0f)
+            continue;
+        float first = std::max(floorf(x_a - 0.5f) + 1.0f, 0.0f);
+        float end = std::min(floorf(x_b - 0.5f) + 1.0f, static_cast<float>(occlusion_fine_width));
+        if (!(first < end))
+            continue;
+        float slope = (inv_b - inv_a) / width;
+        float inv_z = inv_a + slope * (first + 0.5f - x_a);
+        for (int32_t x = static_cast<int32_t>(first); x < static_cast<int32_t>(end); ++x) {
+            float& pixel = (*fine)[static_cast<size_t>(y * occlusion_fine_width + x)];
+            if (inv_z > pixel)
+                pixel = inv_z;
+            inv_z += slope;
+        }
+    }
+}
+
+} // namespace
+
+// Rows are drawn two at a time; triangles of every height (odd and even row counts, rows without
+// pixels) must still give each pixel exactly what its row alone gives it.
+TEST_F(occlusion_buffer, occluder_rows_drawn_two_at_a_time_give_every_pixel_its_own_rows_value)
+{
+    std::mt19937 random(21);
+    auto between = [&random](float low, float high) { return std::uniform_real_distribution<float>(low, high)(random); };
+    std::vector<float> expected(static_cast<size_t>(occlusion_fine_width * occlusion_fine_height), 0.0f);
+    int32_t drawn = 0;
+    for (int32_t t = 0; t < 200; ++t) {
+        vec3 corners[3];
+        for (vec3& corner : corners)
+            corner = {between(-2.0f, 2.0f), between(-2.0f, 2.0f), between(1.0f, 6.0f)};
+        int32_t triangle_model = add_model({corners[0], corners[1], corners[2]}, {{0, 1, 2}}, {});
+        make_occluder(triangle_model);
+        occlude(triangle_model);
+        occlude_by_the_plain_rule(&expected, corners);
+    }
+    for (int32_t y = 0; y < occlusion_fine_height; ++y)
+        for (int32_t x = 0; x < occlusion_fine_width; ++x) {
+            float value = expected[static_cast<size_t>(y * occlusion_fine_width + x)];
+            drawn += value != 0.0f;
+            ASSERT_EQ(memcmp(&fine_at(x, y), &value, sizeof value), 0) << x << "," << y;
+        }
+    EXPECT_GT(drawn, occlusion_fine_width * occlusion_fine_height / 2);
+}
