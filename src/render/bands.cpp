@@ -85,17 +85,12 @@ void draw_command(const band_command* command, int32_t first_row, int32_t end_ro
 // when a pixel is drawn. The list is moved (to grow it) only between batches.
 enum { MAX_BANDS = 128 };
 
-struct band_split {
-    int32_t count;
-    int32_t rows; // rows per band but the last
-};
-
 struct alignas(64) band_progress { // a cache line each: drawers on different bands share nothing
     int32_t drawn;                  // the commands drawn into the band; written by its holder only
     int32_t held;                   // a drawer holds the band
 };
 
-band_split split;                 // the bands of the running batch
+band_cut split;                   // the bands of the running batch, in 8-row blocks
 band_progress progress[MAX_BANDS];
 int32_t batch_running;            // the drawers are out on the threads
 int32_t published;                // the commands the drawers may draw; stored after the commands themselves
@@ -110,8 +105,8 @@ int draw_band_up_to(int32_t band, int32_t ready)
     band_progress* p = &progress[band];
     if (__atomic_load_n(&p->drawn, __ATOMIC_ACQUIRE) >= ready || __atomic_exchange_n(&p->held, 1, __ATOMIC_ACQUIRE))
         return 0;
-    int32_t first_row = band * split.rows;
-    int32_t end_row = band == split.count - 1 ? frame_height : first_row + split.rows;
+    int32_t first_row = band * split.units * BAND_ROW_MULTIPLE;
+    int32_t end_row = band == split.count - 1 ? frame_height : first_row + split.units * BAND_ROW_MULTIPLE;
     int32_t i = p->drawn;
     for (; i < ready; ++i)
         draw_command(&commands[i], first_row, end_row);
@@ -151,11 +146,8 @@ void drawer(int32_t index, void*)
 // the drawers share the work evenly.
 void start_batch()
 {
-    int32_t wanted = min_int(recording_threads * BANDS_PER_THREAD, MAX_BANDS);
     int32_t blocks = (frame_height + BAND_ROW_MULTIPLE - 1) / BAND_ROW_MULTIPLE;
-    int32_t blocks_per_band = max_int(1, (blocks + wanted - 1) / wanted);
-    split.rows = blocks_per_band * BAND_ROW_MULTIPLE;
-    split.count = max_int(1, (frame_height + split.rows - 1) / split.rows);
+    split = cut_into_bands(blocks, min_int(recording_threads * BANDS_PER_THREAD, MAX_BANDS));
     for (int32_t band = 0; band < split.count; ++band)
         progress[band] = {command_count, 0};
     published = command_count;
@@ -205,6 +197,14 @@ void publish_command()
 }
 
 } // namespace
+
+band_cut cut_into_bands(int32_t units, int32_t wanted)
+{
+    band_cut cut;
+    cut.units = max_int(1, (units + wanted - 1) / wanted);
+    cut.count = max_int(1, (units + cut.units - 1) / cut.units);
+    return cut;
+}
 
 int32_t render_thread_count(int32_t setting)
 {

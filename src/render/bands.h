@@ -19,6 +19,14 @@ extern int32_t render_threads;
 // The threads that draw a frame: `setting` (RENDER_THREADS) when above 0, else one per processor.
 int32_t render_thread_count(int32_t setting);
 
+// Whole units (rows, or blocks of rows) cut into at most `wanted` bands, all of one size but the
+// last, which takes what is left; always at least one band.
+struct band_cut {
+    int32_t count;
+    int32_t units; // units per band but the last
+};
+band_cut cut_into_bands(int32_t units, int32_t wanted);
+
 // The frame driver: records from here on when render_threads is above 1; with one thread nothing
 // is recorded and everything is drawn as it comes.
 void begin_band_recording();

@@ -247,18 +247,13 @@ void reduce_coarse_rows(int32_t first_row, int32_t end_row)
     }
 }
 
-struct occlusion_bands {
-    int32_t count;
-    int32_t coarse_rows; // coarse rows per band but the last
-};
-
 // One band: its listed occluders, the reduction of its coarse rows, then its fine rows cleared.
 // The last band also clears the fine rows below the last whole coarse row.
 void reduce_band(int32_t band, void* context)
 {
-    const occlusion_bands* bands = static_cast<const occlusion_bands*>(context);
-    int32_t first_coarse = band * bands->coarse_rows;
-    int32_t end_coarse = band == bands->count - 1 ? occlusion_rows : first_coarse + bands->coarse_rows;
+    const band_cut* bands = static_cast<const band_cut*>(context);
+    int32_t first_coarse = band * bands->units;
+    int32_t end_coarse = band == bands->count - 1 ? occlusion_rows : first_coarse + bands->units;
     int32_t first_fine = 4 * first_coarse;
     int32_t end_fine = band == bands->count - 1 ? occlusion_fine_height : 4 * end_coarse;
     occlude_listed(first_fine, end_fine);
@@ -321,10 +316,7 @@ void rasterize_occluders(const model* m, const placement* place)
 void reduce_occlusion_buffer()
 {
     int32_t threads = render_threads > 1 ? render_threads : 1;
-    occlusion_bands bands;
-    int32_t wanted = threads * BANDS_PER_THREAD;
-    bands.coarse_rows = occlusion_rows > wanted ? (occlusion_rows + wanted - 1) / wanted : 1;
-    bands.count = occlusion_rows > 0 ? (occlusion_rows + bands.coarse_rows - 1) / bands.coarse_rows : 1;
+    band_cut bands = cut_into_bands(occlusion_rows, threads * BANDS_PER_THREAD);
     platform_run_parallel(threads, bands.count, reduce_band, &bands);
     listed_count = 0;
 }

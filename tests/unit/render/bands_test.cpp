@@ -185,3 +185,26 @@ TEST(render_thread_count, zero_means_one_per_processor)
     EXPECT_EQ(render_thread_count(3), 3);
     EXPECT_EQ(render_thread_count(1), 1);
 }
+
+TEST(cut_into_bands, bands_of_equal_whole_units_with_the_rest_in_the_last)
+{
+    band_cut even = cut_into_bands(16, 4);
+    EXPECT_EQ(even.count, 4);
+    EXPECT_EQ(even.units, 4);
+    band_cut rest = cut_into_bands(17, 4); // 5, 5, 5 and the last 2
+    EXPECT_EQ(rest.count, 4);
+    EXPECT_EQ(rest.units, 5);
+    band_cut fewer_bands = cut_into_bands(9, 4); // 3, 3, 3: rounding up leaves a band out
+    EXPECT_EQ(fewer_bands.count, 3);
+    EXPECT_EQ(fewer_bands.units, 3);
+}
+
+TEST(cut_into_bands, fewer_units_than_bands_wanted_give_one_unit_each_and_none_gives_one_band)
+{
+    band_cut few = cut_into_bands(3, 8);
+    EXPECT_EQ(few.count, 3);
+    EXPECT_EQ(few.units, 1);
+    band_cut none = cut_into_bands(0, 8);
+    EXPECT_EQ(none.count, 1);
+    EXPECT_EQ(none.units, 1);
+}
