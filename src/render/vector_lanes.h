@@ -81,6 +81,15 @@ PIXEL_INLINE ints gather_texels(const uint16_t* table, ints index)
 {
     return gather_entries(table, index);
 }
+// Each lane moved `by` (1 ... 3) lanes up; the lanes below get what fell off the top. SSE2 has no
+// shuffle chosen at run time: the vector is written out twice in a row and read back from inside.
+PIXEL_INLINE floats lanes_moved_up(floats value, int32_t by)
+{
+    alignas(16) float twice[8];
+    _mm_store_ps(twice, value);
+    _mm_store_ps(twice + 4, value);
+    return _mm_loadu_ps(twice + 4 - by);
+}
 PIXEL_INLINE ints gather_bytes(const uint8_t* table, ints index)
 {
     return gather_entries(table, index);
@@ -133,6 +142,11 @@ PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
     __m256i widened = reinterpret_cast<__m256i>((pixels << 16) >> 16);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
                      _mm_packs_epi32(_mm256_castsi256_si128(widened), _mm256_extracti128_si256(widened, 1)));
+}
+// Each lane moved `by` (1 ... 7) lanes up; the lanes below get what fell off the top.
+PIXEL_INLINE floats lanes_moved_up(floats value, int32_t by)
+{
+    return _mm256_permutevar8x32_ps(value, _mm256_sub_epi32(_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7), _mm256_set1_epi32(by)));
 }
 // Each entry is read as the four bytes from its own: the tables and the textures end in a spare
 // entry, so the last one's read stays inside.
