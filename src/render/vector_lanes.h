@@ -49,6 +49,16 @@ PIXEL_INLINE int lane_bits(ints mask)
 {
     return _mm_movemask_ps(reinterpret_cast<__m128>(mask));
 }
+// All ones where !(a >= b): also where either is not a number.
+PIXEL_INLINE ints not_at_least(floats a, floats b)
+{
+    return reinterpret_cast<ints>(_mm_cmpnge_ps(a, b));
+}
+// Lane by lane: `when_set` where the mask is all ones, else `when_clear` (where it is all zeros).
+PIXEL_INLINE ints select(ints mask, ints when_set, ints when_clear)
+{
+    return (when_set & mask) | (when_clear & ~mask);
+}
 PIXEL_INLINE floats load_floats(const float* from)
 {
     return _mm_loadu_ps(from);
@@ -125,6 +135,16 @@ PIXEL_INLINE int lane_bits(ints mask)
 {
     return _mm256_movemask_ps(reinterpret_cast<__m256>(mask));
 }
+PIXEL_INLINE ints not_at_least(floats a, floats b)
+{
+    return reinterpret_cast<ints>(_mm256_cmp_ps(a, b, _CMP_NGE_UQ));
+}
+// One instruction where SSE2 takes three: the blend looks only at the top bit of each lane.
+PIXEL_INLINE ints select(ints mask, ints when_set, ints when_clear)
+{
+    return reinterpret_cast<ints>(_mm256_blendv_ps(reinterpret_cast<__m256>(when_clear), reinterpret_cast<__m256>(when_set),
+                                                   reinterpret_cast<__m256>(mask)));
+}
 PIXEL_INLINE floats load_floats(const float* from)
 {
     return _mm256_loadu_ps(from);
@@ -137,11 +157,12 @@ PIXEL_INLINE ints load_pixels(const uint16_t* from)
 {
     return reinterpret_cast<ints>(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))));
 }
+// Every lane holds 0 ... 0xFFFF, which the unsigned saturating pack keeps as it is.
 PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
 {
-    __m256i widened = reinterpret_cast<__m256i>((pixels << 16) >> 16);
+    __m256i wide = reinterpret_cast<__m256i>(pixels);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
-                     _mm_packs_epi32(_mm256_castsi256_si128(widened), _mm256_extracti128_si256(widened, 1)));
+                     _mm_packus_epi32(_mm256_castsi256_si128(wide), _mm256_extracti128_si256(wide, 1)));
 }
 // Each lane moved `by` (1 ... 7) lanes up; the lanes below get what fell off the top.
 PIXEL_INLINE floats lanes_moved_up(floats value, int32_t by)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <math.h>
 #include <string.h>
 
 #include <random>
@@ -27,6 +28,7 @@ struct pipeline_switches {
     int32_t filtered, dithered;
     int32_t translucent; // 1: every triangle blends at a level of 1 ... 63
     int32_t ranked;      // 1: drawn at places in a draw list, each twice over (equally near)
+    int32_t unnumbered;  // 1: some of the depths already in the frame are not numbers
 };
 
 span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches switches)
@@ -43,6 +45,10 @@ span_frame draw_random_triangles(uint32_t seed, int lanes, pipeline_switches swi
     // Some depths already in the frame, so that the test passes and fails within one span.
     for (float& d : frame.depth)
         d = random() % 3 == 0 ? between(0.0f, 2.0f) : 0.0f;
+    if (switches.unnumbered)
+        for (float& d : frame.depth)
+            if (random() % 4 == 0)
+                d = NAN;
     pixel_loop_lanes = lanes;
     for (int32_t i = 0; i < 300; ++i) {
         screen_vertex corner[3];
@@ -91,34 +97,42 @@ void expect_vectorised_loops_match_the_plain_ones(pipeline_switches switches)
 
 TEST(span_loops, vectorised_nearest_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 0, 0});
 }
 
 TEST(span_loops, vectorised_nearest_span_with_light_dithering_matches_the_plain_loop)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 1, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 0, 0, 0});
 }
 
 TEST(span_loops, vectorised_filtered_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({1, 0, 0, 0});
-    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 0, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 0, 0});
 }
 
 TEST(span_loops, vectorised_translucent_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0, 1, 0});
-    expect_vectorised_loops_match_the_plain_ones({0, 1, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 1, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 1, 0, 0});
 }
 
 TEST(span_loops, vectorised_filtered_translucent_span_matches_the_plain_loop_on_random_triangles)
 {
-    expect_vectorised_loops_match_the_plain_ones({1, 0, 1, 0});
-    expect_vectorised_loops_match_the_plain_ones({1, 1, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 1, 0, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 1, 0, 0});
 }
 
 TEST(span_loops, vectorised_spans_drawn_at_places_in_a_draw_list_match_the_plain_loop_where_surfaces_tie)
 {
-    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 1});
-    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 1, 0});
+    expect_vectorised_loops_match_the_plain_ones({1, 1, 0, 1, 0});
+}
+
+// A depth that is not a number fails no depth test: every span draws over it, as the plain loop does.
+TEST(span_loops, vectorised_spans_over_depths_that_are_not_numbers_draw_as_the_plain_loop)
+{
+    expect_vectorised_loops_match_the_plain_ones({0, 0, 0, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({1, 0, 1, 0, 1});
+    expect_vectorised_loops_match_the_plain_ones({0, 1, 0, 1, 1});
 }
