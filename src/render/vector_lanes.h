@@ -142,8 +142,9 @@ PIXEL_INLINE ints not_at_least(floats a, floats b)
 // One instruction where SSE2 takes three: the blend looks only at the top bit of each lane.
 PIXEL_INLINE ints select(ints mask, ints when_set, ints when_clear)
 {
-    return reinterpret_cast<ints>(_mm256_blendv_ps(reinterpret_cast<__m256>(when_clear), reinterpret_cast<__m256>(when_set),
-                                                   reinterpret_cast<__m256>(mask)));
+    __m256 chosen = _mm256_blendv_ps(reinterpret_cast<__m256>(when_clear), reinterpret_cast<__m256>(when_set),
+                                     reinterpret_cast<__m256>(mask));
+    return reinterpret_cast<ints>(chosen);
 }
 PIXEL_INLINE floats load_floats(const float* from)
 {
@@ -167,7 +168,8 @@ PIXEL_INLINE void store_pixels(uint16_t* to, ints pixels)
 // Each lane moved `by` (1 ... 7) lanes up; the lanes below get what fell off the top.
 PIXEL_INLINE floats lanes_moved_up(floats value, int32_t by)
 {
-    return _mm256_permutevar8x32_ps(value, _mm256_sub_epi32(_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7), _mm256_set1_epi32(by)));
+    __m256i from = _mm256_sub_epi32(_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7), _mm256_set1_epi32(by));
+    return _mm256_permutevar8x32_ps(value, from);
 }
 // Each entry is read as the four bytes from its own: the tables and the textures end in a spare
 // entry, so the last one's read stays inside.
