@@ -105,8 +105,8 @@ int draw_band_up_to(int32_t band, int32_t ready)
     band_progress* p = &progress[band];
     if (__atomic_load_n(&p->drawn, __ATOMIC_ACQUIRE) >= ready || __atomic_exchange_n(&p->held, 1, __ATOMIC_ACQUIRE))
         return 0;
-    int32_t first_row = band * split.units * BAND_ROW_MULTIPLE;
-    int32_t end_row = band == split.count - 1 ? frame_height : first_row + split.units * BAND_ROW_MULTIPLE;
+    int32_t first_row = band_start(&split, band) * BAND_ROW_MULTIPLE;
+    int32_t end_row = min_int(band_start(&split, band + 1) * BAND_ROW_MULTIPLE, frame_height);
     int32_t i = p->drawn;
     for (; i < ready; ++i)
         draw_command(&commands[i], first_row, end_row);
@@ -203,7 +203,13 @@ band_cut cut_into_bands(int32_t units, int32_t wanted)
     band_cut cut;
     cut.units = max_int(1, (units + wanted - 1) / wanted);
     cut.count = max_int(1, (units + cut.units - 1) / cut.units);
+    cut.total = units;
     return cut;
+}
+
+int32_t band_start(const band_cut* cut, int32_t band)
+{
+    return min_int(band * cut->units, cut->total);
 }
 
 int32_t render_thread_count(int32_t setting)

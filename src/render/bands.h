@@ -24,8 +24,12 @@ int32_t render_thread_count(int32_t setting);
 struct band_cut {
     int32_t count;
     int32_t units; // units per band but the last
+    int32_t total; // units in all
 };
 band_cut cut_into_bands(int32_t units, int32_t wanted);
+// The first unit of `band`; that of band `count` is `total`, so that band b holds the units from
+// band_start(b) up to band_start(b + 1).
+int32_t band_start(const band_cut* cut, int32_t band);
 
 // The frame driver: records from here on when render_threads is above 1; with one thread nothing
 // is recorded and everything is drawn as it comes.

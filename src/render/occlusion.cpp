@@ -252,8 +252,8 @@ void reduce_coarse_rows(int32_t first_row, int32_t end_row)
 void reduce_band(int32_t band, void* context)
 {
     const band_cut* bands = static_cast<const band_cut*>(context);
-    int32_t first_coarse = band * bands->units;
-    int32_t end_coarse = band == bands->count - 1 ? occlusion_rows : first_coarse + bands->units;
+    int32_t first_coarse = band_start(bands, band);
+    int32_t end_coarse = band_start(bands, band + 1);
     int32_t first_fine = 4 * first_coarse;
     int32_t end_fine = band == bands->count - 1 ? occlusion_fine_height : 4 * end_coarse;
     occlude_listed(first_fine, end_fine);

@@ -199,6 +199,17 @@ TEST(cut_into_bands, bands_of_equal_whole_units_with_the_rest_in_the_last)
     EXPECT_EQ(fewer_bands.units, 3);
 }
 
+TEST(cut_into_bands, each_band_starts_where_the_one_before_ends_and_the_last_ends_at_the_total)
+{
+    band_cut rest = cut_into_bands(17, 4);
+    const int32_t starts[] = {0, 5, 10, 15, 17};
+    for (int32_t band = 0; band <= rest.count; ++band)
+        EXPECT_EQ(band_start(&rest, band), starts[band]) << band;
+    band_cut none = cut_into_bands(0, 8);
+    EXPECT_EQ(band_start(&none, 0), 0);
+    EXPECT_EQ(band_start(&none, 1), 0);
+}
+
 TEST(cut_into_bands, fewer_units_than_bands_wanted_give_one_unit_each_and_none_gives_one_band)
 {
     band_cut few = cut_into_bands(3, 8);
